@@ -1,0 +1,92 @@
+#include "common/number_text.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace zenta {
+
+namespace {
+int hex_digit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+}  // namespace
+
+std::optional<std::int32_t> read_hex(const std::string& text) {
+  std::uint64_t value = 0;
+  int digits = 0;
+  for (char c : text) {
+    const int d = hex_digit(c);
+    if (d < 0) break;
+    if (++digits > 8) return std::nullopt;
+    value = value * 16 + static_cast<std::uint64_t>(d);
+  }
+  if (digits <= 4) return static_cast<std::int16_t>(static_cast<std::uint16_t>(value));
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
+}
+
+std::optional<std::int16_t> read_hex16(const std::string& text) {
+  const auto value = read_hex(text);
+  if (!value || *value < INT16_MIN || *value > INT16_MAX) return std::nullopt;
+  return static_cast<std::int16_t>(*value);
+}
+
+double leading_number(const std::string& text) {
+  std::size_t i = 0;
+  while (i < text.size() && (text[i] == ' ' || text[i] == '\t')) ++i;
+  if (text.compare(i, 2, "&H") == 0 || text.compare(i, 2, "&h") == 0) {
+    const auto value = read_hex(text.substr(i + 2));
+    return value ? *value : 0.0;
+  }
+  // Collect sign, digits, one point and an exponent, skipping blanks inside.
+  std::string number;
+  bool seen_digit = false, seen_point = false, seen_exp = false;
+  for (; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == ' ' || c == '\t') continue;
+    if (std::isdigit(static_cast<unsigned char>(c))) {
+      number += c;
+      seen_digit = true;
+    } else if ((c == '+' || c == '-') && (number.empty() || number.back() == 'e')) {
+      number += c;
+    } else if (c == '.' && !seen_point && !seen_exp) {
+      number += c;
+      seen_point = true;
+    } else if ((c == 'e' || c == 'E' || c == 'd' || c == 'D') && seen_digit && !seen_exp) {
+      number += 'e';
+      seen_exp = true;
+    } else {
+      break;
+    }
+  }
+  if (!seen_digit) return 0.0;
+  // An exponent without digits after it counts for nothing.
+  while (!number.empty() &&
+         (number.back() == 'e' || number.back() == '+' || number.back() == '-')) {
+    number.pop_back();
+  }
+  return std::strtod(number.c_str(), nullptr);
+}
+
+double round_half_even(double value) {
+  if (!std::isfinite(value)) return value;
+  return std::nearbyint(value);  // the default rounding mode is to nearest, ties to even
+}
+
+std::string hex_text(std::int64_t value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "%X", static_cast<unsigned>(static_cast<std::uint32_t>(value)));
+  return text;
+}
+
+std::string hex_byte(int value) {
+  char text[4];
+  std::snprintf(text, sizeof text, "%02X", value & 0xFF);
+  return text;
+}
+
+}  // namespace zenta

@@ -1,0 +1,94 @@
+#pragma once
+// The simulated unit: a programmer unit with a real chip in its socket, a
+// peer of the hardware drivers. It keeps the unit's state (target supply,
+// LED, MCLR/Vpp level, programming-line mode), a chip of the ID table with
+// its memories, the instruments, and a trace of every exchange. Faults can
+// be injected for tests. It is the reference peer of the test suite and the
+// default of the README's run command.
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "link/unit_driver.h"
+
+namespace zenta::sim {
+
+// One device of the ID table, with the memory the simulated chip has.
+struct ChipModel {
+  std::string name;         // "16F877A"; "none" for an empty socket
+  std::uint16_t device_id;  // ID word at 0x2006 without revision; 0x3FFF when it has none
+  std::uint16_t revision;   // low bits of the ID word
+  int program_words;        // implemented program memory
+  int eeprom_bytes;         // data EEPROM size
+  bool row_latches;         // the 16F87xA: eight-word rows programmed at once
+  bool calibration;         // 12F629/675: calibration word at the top, band-gap bits
+};
+
+// Every chip the ID table names, and the 16F84, which has no ID word.
+const std::vector<ChipModel>& chip_models();
+// nullopt when the name is unknown. Case-insensitive; "none" is the empty socket.
+std::optional<ChipModel> find_chip(const std::string& name);
+
+struct Exchange {
+  std::array<std::uint8_t, 8> tx{};
+  std::array<std::uint8_t, 8> rx{};
+  bool ok = true;
+};
+
+class SimUnit : public UnitDriver {
+ public:
+  // "16F877A" and the like, or "none" for an empty socket. Unknown names
+  // throw std::invalid_argument, so a typo in ZENTA_UNIT is not silently an
+  // empty socket.
+  explicit SimUnit(const std::string& chip = "16F877A");
+
+  // ---- UnitDriver ----
+  std::int32_t open() override;
+  void close() override;
+  std::int32_t write(const std::uint8_t* buffer, std::int32_t length) override;
+  std::int32_t read(std::uint8_t* buffer, std::int32_t length) override;
+
+  // ---- the unit ----
+  bool vcc() const;
+  bool led() const;
+  int mclr_level() const;  // 0 (0 V), 1 (5 V), 2 (Vpp)
+  int pgm_lines() const;   // last UNIT_PGM_LINES mode
+  bool in_programming_mode() const;
+  int address() const;  // the chip's address counter
+  bool counter_running() const;
+
+  // ---- the chip ----
+  const ChipModel& chip() const;
+  int program_word(int address) const;  // 0..0x1FFF program, 0x2000.. configuration space
+  void set_program_word(int address, int word);
+  int config_word() const;  // 0x2007
+  void set_config_word(int word);
+  int device_id_word() const;  // 0x2006: id | revision
+  int eeprom_byte(int address) const;
+  void set_eeprom_byte(int address, int value);
+  // Number of program-memory cycles (erase/program, program-only, row) so far.
+  int program_cycles() const;
+
+  // ---- trace ----
+  const std::vector<Exchange>& trace() const;
+  void clear_trace();
+
+  // ---- faults, counted in exchanges of this unit since it was made (1-based) ----
+  void fail_write_at(int exchange);      // that write returns 0 and is not carried out
+  void fail_read_at(int exchange);       // that read returns 0
+  void short_transfer_at(int exchange);  // that read returns 7 bytes
+  void unplug();                         // every later open, write and read fails
+
+  // ---- memories outliving a run ----
+  bool save(const std::string& path) const;  // false when the file cannot be written
+  bool load(const std::string& path);        // false when missing or malformed
+
+ private:
+  struct Impl;
+  std::shared_ptr<Impl> impl_;
+};
+
+}  // namespace zenta::sim

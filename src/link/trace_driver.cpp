@@ -1,0 +1,55 @@
+#include "link/trace_driver.h"
+
+#include <cstdio>
+
+namespace zenta {
+
+std::string format_bytes(const std::uint8_t* bytes, std::size_t count) {
+  std::string text;
+  char cell[4];
+  for (std::size_t i = 0; i < count; ++i) {
+    std::snprintf(cell, sizeof cell, "%02X", bytes[i]);
+    if (i) text += ' ';
+    text += cell;
+  }
+  return text;
+}
+
+void TraceDriver::flush_pending() {
+  if (pending_.empty()) return;
+  out_ << pending_ << '\n';
+  pending_.clear();
+}
+
+void TraceDriver::close() {
+  flush_pending();
+  out_.flush();
+  inner_.close();
+}
+
+std::int32_t TraceDriver::write(const std::uint8_t* buffer, std::int32_t length) {
+  flush_pending();  // a write with no read after it stands on its own line
+  const std::int32_t result = inner_.write(buffer, length);
+  std::string line =
+      "TX " + format_bytes(buffer, static_cast<std::size_t>(length > 0 ? length : 0));
+  if (result != length) {
+    out_ << line << " FAILED\n";
+    out_.flush();
+  } else {
+    pending_ = std::move(line);
+  }
+  return result;
+}
+
+std::int32_t TraceDriver::read(std::uint8_t* buffer, std::int32_t length) {
+  const std::int32_t result = inner_.read(buffer, length);
+  std::string line = pending_.empty() ? std::string("TX -") : pending_;
+  pending_.clear();
+  line += " RX " + format_bytes(buffer, static_cast<std::size_t>(length > 0 ? length : 0));
+  if (result != length) line += " FAILED";
+  out_ << line << '\n';
+  out_.flush();
+  return result;
+}
+
+}  // namespace zenta

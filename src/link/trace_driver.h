@@ -1,0 +1,34 @@
+#pragma once
+// Wraps any driver and writes one line per exchange:
+//   TX 32 00 00 00 00 00 00 00 RX 00 00 00 00 00 00 00 00
+// A failed write ends its line after the TX bytes with FAILED; a failed read
+// shows what the read left in the buffer, then FAILED. Used for --trace and
+// ZENTA_TRACE, to diagnose a unit in the field.
+#include <array>
+#include <cstdint>
+#include <ostream>
+#include <string>
+
+#include "link/unit_driver.h"
+
+namespace zenta {
+
+std::string format_bytes(const std::uint8_t* bytes, std::size_t count);
+
+class TraceDriver : public UnitDriver {
+ public:
+  TraceDriver(UnitDriver& inner, std::ostream& out) : inner_(inner), out_(out) {}
+  std::int32_t open() override { return inner_.open(); }
+  void close() override;
+  std::int32_t write(const std::uint8_t* buffer, std::int32_t length) override;
+  std::int32_t read(std::uint8_t* buffer, std::int32_t length) override;
+
+ private:
+  void flush_pending();
+
+  UnitDriver& inner_;
+  std::ostream& out_;
+  std::string pending_;  // the TX part of an exchange whose reply is due
+};
+
+}  // namespace zenta

@@ -1,0 +1,83 @@
+#pragma once
+// The only path between the panel and the unit: one 8-byte packet out, one
+// 8-byte reply back, the verdict in the link status box and, on failure, a
+// message box. No retry, no timeout of its own, no resynchronisation.
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include "link/unit_driver.h"
+#include "panel/host.h"
+
+namespace zenta {
+
+// Every successful reply is appended to this text, eight characters at a
+// time, and nothing ever reads past its first eight characters. So only
+// those are kept, with the count of characters appended: memory stays
+// constant however long the panel runs.
+class ReplyText {
+ public:
+  void append(const std::uint8_t* bytes, std::size_t count);
+  // The first characters of the text, at most eight.
+  const std::string& head() const { return head_; }
+  std::uint64_t length() const { return length_; }
+
+ private:
+  std::string head_;
+  std::uint64_t length_ = 0;
+};
+
+// Texts of the driver's open results 0..-7, indexed by the negated result.
+const std::array<std::string, 8>& driver_result_texts();
+// Text for any open result; a code outside 0..-7 reads as the open error
+// with its number, so the user still sees why the unit was not found.
+std::string driver_result_text(std::int32_t result);
+
+enum LinkStatus : std::int16_t { kLinkOk = 0, kLinkFailed = 1 };
+
+class UnitLink {
+ public:
+  UnitLink(UnitDriver& driver, Host& host);
+
+  // Eight packet bytes in order; b0 is the command code.
+  std::int16_t SENDCMD(std::uint8_t b0, std::uint8_t b1 = 0, std::uint8_t b2 = 0,
+                       std::uint8_t b3 = 0, std::uint8_t b4 = 0, std::uint8_t b5 = 0,
+                       std::uint8_t b6 = 0, std::uint8_t b7 = 0);
+  // Reads one reply without sending anything.
+  std::int16_t RCVUSB();
+
+  // Opens the driver; shows "Driver Open:" and the result text in the
+  // status box and returns the driver's result.
+  std::int32_t open_driver();
+  void close_driver();
+
+  std::array<std::uint8_t, 8> TxBuffer{};
+  // Indexes 8 and 9 exist but are never written.
+  std::array<std::uint8_t, 10> RxBuffer{};
+  // Copy of the last successfully read reply.
+  std::array<std::uint8_t, 8> RxPacket{};
+  ReplyText reply_text;
+
+  // The link status box USBMSG of the main window.
+  const std::string& USBMSG() const { return usbmsg_; }
+  void set_USBMSG(std::string text);
+  // Called whenever the status box changes, so a window can repaint it.
+  std::function<void()> on_status_changed;
+
+  std::uint64_t exchanges() const { return exchanges_; }
+  // Failed exchanges since the link was made; callers that must know whether
+  // a whole operation went through compare it before and after.
+  std::uint64_t failures() const { return failures_; }
+
+ private:
+  std::int16_t read_reply(const char* failure_text);
+
+  UnitDriver& driver_;
+  Host& host_;
+  std::string usbmsg_ = "USB message";
+  std::uint64_t exchanges_ = 0;
+  std::uint64_t failures_ = 0;
+};
+
+}  // namespace zenta

@@ -1,0 +1,48 @@
+#pragma once
+// What the core asks of the platform. The Qt layer implements it for the
+// panel, the command-line program prints instead, and tests use fakes.
+#include <string>
+
+namespace zenta {
+
+enum class MessageIcon { kStop, kInformation, kExclamation };
+
+// The panel's windows besides the main one.
+enum class WindowId {
+  kHelp,
+  kVersion,
+  kSetup,
+  kDataView,
+  kEepromView,
+  kErrorView,
+  kEditor,
+  kConverter,
+  kLogicView,
+  kVoltMeter,
+  kFrequencyCounter,
+  kEventCounter,
+};
+
+class Host {
+ public:
+  virtual ~Host() = default;
+  // A modal box with an OK button; returns when the user closed it.
+  virtual void message_box(const std::string& text, const std::string& title, MessageIcon icon) = 0;
+  // Lets pending window events (repaints, timer ticks, clicks) run.
+  virtual void process_events() = 0;
+  virtual void beep() = 0;
+  // File dialogs take a filter as "Caption|*.a;*.b|Caption|*.c|"; they
+  // return the chosen path, or an empty text when the user cancelled.
+  virtual std::string open_file_dialog(const std::string& filter) = 0;
+  virtual std::string save_file_dialog(const std::string& filter) = 0;
+  // Starts a program without waiting for it; false when it cannot start.
+  virtual bool start_program(const std::string& command_line, bool minimized) = 0;
+  virtual bool open_url(const std::string& url) = 0;
+  // Shows another window, creating it when it is not open, or brings the
+  // open one forward.
+  virtual void show_window(WindowId id) = 0;
+  virtual bool window_visible(WindowId id) const = 0;
+  virtual std::string current_folder() const = 0;
+};
+
+}  // namespace zenta

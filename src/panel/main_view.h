@@ -1,0 +1,70 @@
+#pragma once
+// What the main window ZENTA_form shows: texts, captions, colours, checked
+// options, lamp and size. The core writes it; the Qt window only renders it.
+#include <cstdint>
+#include <string>
+
+namespace zenta {
+
+inline constexpr std::uint32_t kWhite = 0xFFFFFF;
+inline constexpr std::uint32_t kRed = 0xFF0000;
+inline constexpr std::uint32_t kLightCyan = 0x6AE6EE;
+inline constexpr std::uint32_t kLavender = 0xD6CCEE;
+inline constexpr std::uint32_t kTeal = 0x008080;
+inline constexpr std::uint32_t kLampGreen = 0x80FF80;
+inline constexpr std::uint32_t kLampYellow = 0xFFFF00;
+
+inline constexpr int kFormWidthTwips = 9000;
+inline constexpr int kFormHeightTwips = 5400;
+inline constexpr int kFormTestAreaHeightTwips = 6900;
+
+// Long operations report how far they are, for a progress bar under the
+// notes line.
+struct Progress {
+  int value = 0;
+  int maximum = 0;  // 0: no operation running, the bar is hidden
+};
+
+struct MainView {
+  std::string NotesLabel;
+  std::uint32_t NotesColor = kWhite;
+
+  std::string FilenameTextbox = "File name";
+  std::string StartAddrText;
+  std::string LastAddrText;
+  std::string CurrentAddrText;
+
+  std::string Text_Device;
+  std::string Text_AD;
+  std::string Text2;
+  std::string Text_ADMON;
+  std::string TEST;
+  std::string Label7;
+  std::string Label9;
+
+  std::string ConfigAddrText;
+  std::string Text_Configbit;
+
+  int PICsel = -1;  // checked device option, -1 before the first selection
+  int OSCsel = 0;
+  bool WDTsel = false;
+  bool PUTsel = false;
+  bool PRTsel = false;
+  bool BORsel = false;
+
+  std::string Command_VCC = "VCC off";
+  std::string Command_LED = "LED off";
+  std::uint32_t RESET_LAMP = kLampGreen;
+
+  // Tag of the picture box kage: empty at start, "0" collapsed, "1" open.
+  std::string kage_tag;
+  int width_twips = kFormWidthTwips;
+  int height_twips = kFormHeightTwips;
+
+  Progress progress;
+  // True while a chip operation runs; the commands that would start another
+  // are refused and shown disabled.
+  bool busy = false;
+};
+
+}  // namespace zenta

@@ -1,0 +1,1 @@
+// The libusb unit driver lands here.
