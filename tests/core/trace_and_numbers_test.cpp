@@ -1,0 +1,84 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "common/number_text.h"
+#include "link/trace_driver.h"
+#include "link/unit_link.h"
+#include "recording_host.h"
+#include "scripted_driver.h"
+
+namespace zenta {
+namespace {
+
+TEST(TraceDriver, OneLinePerExchangeAndFailuresMarked) {
+  testing::ScriptedDriver inner;
+  testing::RecordingHost host;
+  std::ostringstream out;
+  TraceDriver trace(inner, out);
+  UnitLink link(trace, host);
+  inner.replies.push_back({0x5A, 0x45, 0x4E, 0x54, 0x41, 0x20, 0x31, 0x32});
+  link.SENDCMD(0x3F);
+  inner.write_results.push_back(0);
+  link.SENDCMD(0x3A, 0x01);
+  inner.read_results.push_back(0);
+  inner.failed_read_bytes = {0xAB, 0, 0, 0, 0, 0, 0, 0};
+  link.SENDCMD(0x32, 0x02);
+  EXPECT_EQ(out.str(),
+            "TX 3F 00 00 00 00 00 00 00 RX 5A 45 4E 54 41 20 31 32\n"
+            "TX 3A 01 00 00 00 00 00 00 FAILED\n"
+            "TX 32 02 00 00 00 00 00 00 RX AB 00 00 00 00 00 00 00 FAILED\n");
+}
+
+TEST(NumberText, HexBoxReadingRule) {
+  struct Case {
+    const char* text;
+    std::optional<std::int32_t> value;
+  };
+  const Case cases[] = {
+      {"", 0},
+      {"x", 0},
+      {"3G", 3},
+      {"1fff", 0x1FFF},
+      {"FFFF", -1},
+      {"8000", -32768},
+      {"7FFF", 32767},
+      {"12345", 0x12345},
+      {"FFFFFFFF", -1},
+      {"0001FFFF", 0x1FFFF},
+      {"123456789", std::nullopt},
+      {"3F3b zz", 0x3F3B},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_EQ(read_hex(c.text), c.value);
+  }
+  EXPECT_EQ(read_hex16("FFFF"), std::optional<std::int16_t>(-1));
+  EXPECT_EQ(read_hex16("12345"), std::nullopt);
+  EXPECT_EQ(read_hex16("00002000"), std::optional<std::int16_t>(0x2000));
+}
+
+TEST(NumberText, LeadingNumberAndRounding) {
+  struct Case {
+    const char* text;
+    double value;
+  };
+  const Case cases[] = {{"6", 6},     {"-1", -1},    {"abc", 0},  {"", 0},
+                        {" 7", 7},    {"2.5x", 2.5}, {"1 2", 12}, {"1e2", 100},
+                        {"&H10", 16}, {"4.4", 4.4},  {"-", 0},    {"3e", 3}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.text);
+    EXPECT_DOUBLE_EQ(leading_number(c.text), c.value);
+  }
+  EXPECT_EQ(round_half_even(2.5), 2);
+  EXPECT_EQ(round_half_even(3.5), 4);
+  EXPECT_EQ(round_half_even(20.5), 20);
+  EXPECT_EQ(round_half_even(-0.5), 0);
+  EXPECT_EQ(hex_text(0), "0");
+  EXPECT_EQ(hex_text(0x1FFF), "1FFF");
+  EXPECT_EQ(hex_text(-1), "FFFFFFFF");
+  EXPECT_EQ(hex_byte(0x0A), "0A");
+}
+
+}  // namespace
+}  // namespace zenta
