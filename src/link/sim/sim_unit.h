@@ -59,15 +59,18 @@ class SimUnit : public UnitDriver {
   bool in_programming_mode() const;
   int address() const;  // the chip's address counter
   bool counter_running() const;
+  // The signal on the frequency input; 12500 Hz until set.
+  void set_input_frequency(std::uint32_t hz);
 
   // ---- the chip ----
   const ChipModel& chip() const;
   int program_word(int address) const;  // 0..0x1FFF program, 0x2000.. configuration space
+  // Sets a cell that exists and is writable, as a programmer would; others are ignored.
   void set_program_word(int address, int word);
   int config_word() const;  // 0x2007
   void set_config_word(int word);
-  int device_id_word() const;  // 0x2006: id | revision
-  int eeprom_byte(int address) const;
+  int device_id_word() const;          // 0x2006: id | revision
+  int eeprom_byte(int address) const;  // -1 outside the chip's data EEPROM
   void set_eeprom_byte(int address, int value);
   // Number of program-memory cycles (erase/program, program-only, row) so far.
   int program_cycles() const;
@@ -80,7 +83,7 @@ class SimUnit : public UnitDriver {
   void fail_write_at(int exchange);      // that write returns 0 and is not carried out
   void fail_read_at(int exchange);       // that read returns 0
   void short_transfer_at(int exchange);  // that read returns 7 bytes
-  void unplug();                         // every later open, write and read fails
+  void unplug();                         // every later open returns -2, every write and read -1
 
   // ---- memories outliving a run ----
   bool save(const std::string& path) const;  // false when the file cannot be written

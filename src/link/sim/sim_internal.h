@@ -1,0 +1,123 @@
+#pragma once
+// Inside of the simulated unit: the chip's memories and the state the unit
+// and the chip keep between exchanges. Only the sim_*.cpp files see this.
+#include <array>
+#include <cstdint>
+#include <set>
+#include <vector>
+
+#include "link/command_codes.h"
+#include "link/sim/sim_unit.h"
+
+namespace zenta::sim {
+
+inline constexpr int kConfigBase = 0x2000;    // first address of configuration space
+inline constexpr int kAddressSpace = 0x2000;  // words in each of the two address areas
+inline constexpr int kConfigWordAddress = 0x2007;
+inline constexpr int kDeviceIdAddress = 0x2006;
+inline constexpr int kUserIdCount = 4;  // 0x2000-0x2003
+inline constexpr std::uint16_t kBlankWord = 0x3FFF;
+inline constexpr std::uint8_t kBlankByte = 0xFF;
+// The 12F629/675 family: band-gap calibration bits 13:12 of the
+// configuration word, and the oscillator calibration word (RETLW 0x80) at
+// the top of program memory.
+inline constexpr std::uint16_t kBandGapBits = 0x3000;
+inline constexpr std::uint16_t kBlankCalibratedConfig = 0x31FF;
+inline constexpr std::uint16_t kCalibrationWord = 0x3480;
+
+// The chip's nonvolatile memories and the rules of which cells exist.
+class ChipMemory {
+ public:
+  explicit ChipMemory(const ChipModel& model);
+
+  // What the chip reads at a 14-bit address: 0x3FFF for cells that do not exist.
+  std::uint16_t read_word(int address) const;
+  // Stores into a cell that exists and is writable; other addresses are ignored,
+  // as the chip ignores programming cycles there (the device ID is read-only).
+  void store_word(int address, std::uint16_t word);
+  bool writable(int address) const;
+
+  int eeprom_size() const { return static_cast<int>(eeprom_.size()); }
+  std::uint8_t eeprom(int index) const { return eeprom_[static_cast<std::size_t>(index)]; }
+  void set_eeprom(int index, std::uint8_t value) {
+    eeprom_[static_cast<std::size_t>(index)] = value;
+  }
+  int program_size() const { return static_cast<int>(program_.size()); }
+
+  void erase_program();  // also the calibration word, which lies in program memory
+  void erase_user_ids();
+  // keep_band_gap: the configuration word goes to 0x3FFF except bits 13:12.
+  void erase_config(bool keep_band_gap);
+  void erase_eeprom();
+
+ private:
+  bool calibration_;
+  std::uint16_t device_id_word_;
+  std::vector<std::uint16_t> program_;
+  std::array<std::uint16_t, kUserIdCount> user_ids_;
+  std::uint16_t config_;
+  std::vector<std::uint8_t> eeprom_;
+};
+
+enum class ReadFault { kNone, kFail, kShort };
+
+struct SimUnit::Impl {
+  explicit Impl(const ChipModel& chip) : model(chip), memory(chip) {}
+
+  // ---- the exchange ----
+  void receive(const std::uint8_t* packet);  // carries one packet out, prepares the reply
+  void unit_command(const std::uint8_t* packet);
+  void set_mclr(int level);
+  void set_vcc(bool on);
+
+  // ---- the chip (sim_target.cpp) ----
+  bool chip_present() const { return model.program_words > 0; }
+  void target_command(const std::uint8_t* packet);
+  void answer_not_listening(const std::uint8_t* packet);
+  void step_address();
+  void program_cycle(bool erase_first);
+  void bulk_erase_older();
+
+  // ---- instruments (sim_instruments.cpp) ----
+  void ad_read(int channel);
+  void la_start(int period, bool positive_edge);
+  void la_read(int block);
+  void measure_frequency(int gate);
+  void counter_command(int action);
+
+  ChipModel model;
+  ChipMemory memory;
+
+  // The unit.
+  bool vcc = false;
+  bool led = false;
+  int mclr = kMclr0V;
+  int lines = 0;
+  bool driver_open = false;
+  bool unplugged = false;
+
+  // The chip's programming logic.
+  bool programming = false;
+  int address = 0;
+  std::uint16_t latch = kBlankWord;
+  std::array<std::uint16_t, 8> row_latches{};
+  int last_target_command = -1;  // the previous target command in this programming session
+  int cycles = 0;
+
+  // Instruments.
+  std::array<std::uint8_t, 64> capture{};
+  std::uint32_t input_hz = 12500;
+  std::uint64_t counter = 0;
+  bool counting = false;
+
+  // Exchanges and faults.
+  std::array<std::uint8_t, 8> reply{};
+  std::vector<Exchange> trace;
+  std::uint64_t writes = 0;  // write calls since the unit was made
+  std::set<std::uint64_t> write_faults;
+  std::set<std::uint64_t> read_faults;
+  std::set<std::uint64_t> short_reads;
+  ReadFault pending_read_fault = ReadFault::kNone;
+};
+
+}  // namespace zenta::sim
