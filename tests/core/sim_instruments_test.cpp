@@ -16,7 +16,7 @@ TEST(SimInstruments, AdChannelsReadTheirInputsAndChannel0FollowsMclr) {
     std::uint8_t channel;
     int reading;
   };
-  const std::vector<Case> cases = {{0, 0, 0},    {1, 0, 2551}, {2, 0, 6633}, {0, 1, 1276},
+  const std::vector<Case> cases = {{0, 0, 0},    {1, 0, 2899}, {2, 0, 7537}, {0, 1, 1449},
                                    {2, 3, 2899}, {1, 2, 0},    {1, 7, 0}};
   SimRig rig;
   for (const Case& c : cases) {

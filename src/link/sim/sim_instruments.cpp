@@ -14,11 +14,11 @@ void put_value(std::array<std::uint8_t, 8>& reply, std::uint32_t value) {
 }
 
 // A/D readings of the MCLR/Vpp input at 0 V, 5 V and Vpp (13 V): the volt
-// meter shows raw / 50 x 0.0196 x attenuation, so 5.0 V and 13.0 V at
-// attenuation 5. The second input reads half of 5 V, the supply input 5.0 V
-// at the default attenuation 4.4.
-constexpr std::uint32_t kMclrReadings[] = {0, 2551, 6633};
-constexpr std::uint32_t kChannel1Reading = 1276;
+// meter shows raw / 50 x 0.0196 x attenuation, so with the default
+// attenuation 4.4 these read 0.0, 5.0 and 13.0 V. The second input reads
+// half of 5 V, the supply input 5.0 V.
+constexpr std::uint32_t kMclrReadings[] = {0, 2899, 7537};
+constexpr std::uint32_t kChannel1Reading = 1449;
 constexpr std::uint32_t kVinReading = 2899;
 
 // The logic input carries a 500 Hz square wave: 1 ms high, 1 ms low.
