@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "image/buffer_view.h"
@@ -16,8 +17,19 @@
 #include "panel/main_view.h"
 #include "panel/settings_store.h"
 #include "panel/tool_settings.h"
+#include "programming/device_catalogue.h"
 
 namespace zenta {
+
+// How the last command went, for callers that cannot read message boxes
+// (the command-line program). Reset when a public command starts.
+struct CommandOutcome {
+  bool refused = false;             // did not start: busy, WaitTicks, "I have no data", bad address
+  bool verify_error = false;        // "Verify Data ERROR"
+  bool config_error = false;        // "Can't Write to Config"
+  bool load_error = false;          // LOAD_HEX failure path
+  std::uint64_t link_failures = 0;  // failed exchanges during the command
+};
 
 class MainForm {
  public:
@@ -51,6 +63,9 @@ class MainForm {
   void changed() {
     if (on_changed) on_changed();
   }
+  // Of the last public command method run (chip operations, unit controls,
+  // device selection, file choice and loading).
+  const CommandOutcome& outcome() const { return outcome_; }
 
   // ---- device catalogue and selection ----
   // Runs the whole device selection for the index, as a click on PICsel.
@@ -103,9 +118,52 @@ class MainForm {
   void BUFVIEWButton_Click();
 
  private:
+  // Brackets one public command: refuses it while another runs (a chip
+  // operation lets events run, and a second one would interleave its
+  // packets), marks the view busy, and hands the outcome over at the end.
+  class CommandScope {
+   public:
+    explicit CommandScope(MainForm& form);
+    ~CommandScope();
+    CommandScope(const CommandScope&) = delete;
+    CommandScope& operator=(const CommandScope&) = delete;
+    bool started() const { return started_; }
+
+   private:
+    MainForm& form_;
+    bool started_;
+    std::uint64_t failures_at_start_ = 0;
+  };
+
   void select_device(int index);
   void restore_device();
   void load_tool_settings();
+
+  // Bodies of the procedures; the public names add the command bracket.
+  void write_prog();
+  void verify_prog();
+  void write_config();
+  void read_devid();
+  void read_prog(std::int16_t end_address);
+  void read_ee();
+  void chip_erase();
+  void load_hex();
+  void buffer_view_command();
+  void read_ad_channel0();
+
+  // Checks before the first packet; each shows its own message box.
+  bool write_range_ok(std::int16_t last_address);
+  bool verify_range_ok(const char* title);
+  std::optional<std::int16_t> read_end_address();
+
+  // An option handler's new word: bytes, hexadecimal text, bit display.
+  void apply_config_word(std::uint16_t word);
+  void set_notes(const std::string& text, std::uint32_t color);
+  void set_vcc(bool on);
+  void set_led(bool on);
+  // Repaints and lets pending events run, between the steps of a long loop.
+  void yield_to_events();
+  void set_progress(int value, int maximum);
 
   Host& host_;
   SettingsStore& settings_;
@@ -118,6 +176,11 @@ class MainForm {
   std::int16_t reset_state_ = 0;
   BufferViewModel program_view_;
   BufferViewModel eeprom_view_;
+  // The option patterns of the selected device; all zero masks before the
+  // first selection, which clear the word as an unselected device should.
+  ConfigOptionPatterns patterns_{};
+  CommandOutcome outcome_;
+  CommandOutcome running_;
 };
 
 }  // namespace zenta

@@ -1,0 +1,38 @@
+#include "common/file_names.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace zenta {
+
+namespace {
+std::string lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return text;
+}
+}  // namespace
+
+std::string resolve_case_insensitive(const std::string& path) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::path wanted(path);
+  if (path.empty() || fs::exists(wanted, error)) return path;
+  const fs::path folder = wanted.has_parent_path() ? wanted.parent_path() : fs::path(".");
+  const std::string name = lower(wanted.filename().string());
+  std::vector<fs::path> matches;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+    if (lower(it->path().filename().string()) == name) matches.push_back(it->path());
+  }
+  if (matches.empty()) return path;
+  std::sort(matches.begin(), matches.end());
+  // Keep the folder part as the caller wrote it.
+  return (wanted.has_parent_path() ? wanted.parent_path() / matches.front().filename()
+                                   : matches.front().filename())
+      .string();
+}
+
+}  // namespace zenta

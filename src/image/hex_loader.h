@@ -1,0 +1,74 @@
+#pragma once
+// Reading Intel HEX (INHX8M) text into the program image: byte addresses,
+// two bytes per program word, low byte first. Fields, records and the image
+// arithmetic stand here; opening the file and showing the result is the
+// main window's LOAD_HEX.
+#include <cstdint>
+#include <istream>
+#include <optional>
+#include <string>
+
+#include "image/programmer_state.h"
+
+namespace zenta {
+
+// The fields of a HEX file, read line by line: a field ends at a line end or
+// at a comma, and blanks before it are skipped. A well-formed file gives one
+// field per line; a blank line gives an empty field.
+class HexFieldReader {
+ public:
+  explicit HexFieldReader(std::istream& in) : in_(in) {}
+  // The next field; nullopt at the end of the file or on a read error.
+  std::optional<std::string> next();
+  // True when reading stopped on an error rather than at the end.
+  bool failed() const { return failed_; }
+
+ private:
+  std::istream& in_;
+  std::string line_;
+  std::size_t pos_ = 0;
+  bool have_line_ = false;
+  bool failed_ = false;
+};
+
+// Value of `count` characters of `field` from the 1-based `position`, read as
+// hexadecimal digits of either case up to the first other character.
+// Characters beyond the field's end read as nothing; no digits give 0.
+int hex_field(const std::string& field, std::size_t position, std::size_t count);
+
+// One field taken as a record.
+struct HexRecord {
+  enum class Kind { kNotRecord, kEnd, kData };
+  Kind kind = Kind::kNotRecord;
+  int last_offset = 0;       // offset of the record's last data byte (count - 1, 0 for count 0)
+  std::int16_t address = 0;  // byte address, signed 16-bit: 0x8000..0xFFFF are negative
+};
+// A field not starting with ":" is no record; type "01" is the end record;
+// every other type is data. A count of 0 still stands for one byte.
+HexRecord parse_hex_record(const std::string& field);
+// Data byte j of a data record (characters 10 + 2j and 11 + 2j).
+int hex_record_byte(const std::string& field, int j);
+
+// Blanks words 0..9999 to 0x3FFF; byte 20000 keeps its value.
+void blank_program_image(ProgrammerState& state);
+
+// Last program word of a record that ends at byte `end_index`: half the
+// index, an exact half going to the even neighbour.
+std::int16_t last_word_of_byte(int end_index);
+
+struct HexLoadReport {
+  bool ok = false;         // reached the end of the loop
+  int first_address = -1;  // byte address of the first record; -1 when none was seen
+  // The field read last (the loader shows each in Text2) and "index  value"
+  // of the byte stored last (Text_ADMON); nullopt when there was none.
+  std::optional<std::string> last_field;
+  std::optional<std::string> last_byte;
+};
+
+// Reads the records of `in` into state.ProgramBuffer and raises
+// state.LastAddress, up to the end record, a field that is no record or the
+// end of the file. Fails on a read error and on a byte whose index falls
+// outside 0..20000; what was stored before the failing byte stays.
+HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state);
+
+}  // namespace zenta

@@ -1,0 +1,108 @@
+// Choosing the target file, deriving its HEX file, and loading HEX images.
+#include <filesystem>
+#include <fstream>
+
+#include "common/file_names.h"
+#include "common/number_text.h"
+#include "image/hex_loader.h"
+#include "panel/main_form.h"
+
+namespace zenta {
+
+namespace {
+constexpr const char* kFileFilter = "Source Files|*.asm;*.c|HEX FILES|*.hex|ALL FILES|*.*|";
+
+// Characters `position` (1-based) onward, at most `count`; positions beyond
+// the end of the text read as nothing.
+std::string characters(const std::string& text, std::size_t position, std::size_t count) {
+  if (position < 1 || position > text.size()) return {};
+  return text.substr(position - 1, count);
+}
+}  // namespace
+
+void MainForm::LOAD_HEX() {
+  CommandScope scope(*this);
+  if (scope.started()) load_hex();
+}
+
+void MainForm::load_hex() {
+  blank_program_image(state_);
+  state_.LastAddress = 0;
+  HexLoadReport report;
+  {
+    // The tools write the derived names in their own case (blink.hex for
+    // blink.HEX). A directory opens on some systems but cannot be read.
+    const std::string path = resolve_case_insensitive(state_.HexFileName);
+    std::error_code error;
+    std::ifstream in;
+    if (!path.empty() && !std::filesystem::is_directory(path, error)) in.open(path);
+    if (in.is_open()) report = load_hex_records(in, state_);
+  }  // the file is closed here, whatever the outcome
+  if (report.last_field) view_.Text2 = *report.last_field;
+  if (report.last_byte) view_.Text_ADMON = *report.last_byte;
+  if (!report.ok) {
+    // The buffer keeps the blank image and what was stored before the
+    // failure, LastAddress the value reached; the rest stays as it was.
+    host_.message_box("Can't Open or Read the FILE", "FILE ERROR", MessageIcon::kStop);
+    running_.load_error = true;
+    changed();
+    return;
+  }
+  state_.DataLoaded = 1;
+  view_.CurrentAddrText = hex_text(state_.LastAddress);
+  LastAddrText_Change(hex_text(state_.LastAddress));
+  // Half the first record's byte address, an exact half to the even
+  // neighbour; no record at all (first address -1) gives 0.
+  const std::int16_t start =
+      report.first_address < 0 ? std::int16_t{0} : last_word_of_byte(report.first_address);
+  state_.StartAddress = start;
+  StartAddrText_Change(hex_text(start));
+  if (host_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
+  changed();
+}
+
+void MainForm::F_OpenButton_Click() {
+  CommandScope scope(*this);
+  if (!scope.started()) return;
+  const std::string path = host_.open_file_dialog(kFileFilter);
+  if (path.empty()) return;
+  view_.FilenameTextbox = path;
+  const std::string last3 = path.size() >= 3 ? path.substr(path.size() - 3) : path;
+  const char last = path.back();
+  if (last3 == "asm" || last3 == "ASM" || last == 'c' || last == 'C') {
+    // A source file: the user assembles or compiles it, or derives its HEX.
+    state_.TargetFileName = path;
+    changed();
+    return;
+  }
+  // Any other ending, mixed case included, loads the HEX file named before.
+  if (last3 == "hex" || last3 == "HEX") state_.HexFileName = path;
+  load_hex();
+  set_notes("", kLavender);
+}
+
+void MainForm::HexSet_Button_Click() {
+  CommandScope scope(*this);
+  if (!scope.started()) return;
+  const std::string& target = state_.TargetFileName;
+  if (target.empty()) return;
+  // The derivation looks at the target name through the length of the file
+  // name box, which after a file choice shows the same path.
+  const std::size_t n = view_.FilenameTextbox.size();
+  set_notes("Set HEX file", kWhite);
+  // A box text shorter than three characters (empty after a program read)
+  // matches neither ending: the HEX file named before is loaded again.
+  if (n >= 3) {
+    const std::string tail = characters(target, n - 2, 3);
+    const std::string last = characters(target, n, 1);
+    if (tail == "ASM" || tail == "asm") {
+      state_.HexFileName = target.substr(0, n - 3) + "HEX";
+    } else if (last == "C" || last == "c") {
+      state_.HexFileName = target.substr(0, n - 1) + "HEX";
+    }
+  }
+  view_.TEST = state_.HexFileName;
+  load_hex();
+}
+
+}  // namespace zenta

@@ -1,0 +1,69 @@
+#include "programming/config_word.h"
+
+#include "common/number_text.h"
+
+namespace zenta {
+
+std::uint16_t apply_oscillator(std::uint16_t word, const ConfigOptionPatterns& p, int index) {
+  word &= p.OscMask;
+  switch (index) {
+    case 0:
+      return word | p.OscRC;
+    case 1:
+      return word | p.OscXT;
+    case 2:
+      return word | p.OscHS;
+    case 3:
+      return word | p.OscLP;
+    default:
+      return word;
+  }
+}
+
+std::uint16_t apply_option(std::uint16_t word, const ConfigOptionPatterns& p, ConfigOption option,
+                           bool checked) {
+  switch (option) {
+    case ConfigOption::kWdt:
+      return (word & p.WdtMask) | (checked ? p.WdtOn : p.WdtOff);
+    case ConfigOption::kPut:
+      return (word & p.PutMask) | (checked ? p.PutOn : p.PutOff);
+    case ConfigOption::kProtect:
+      return (word & p.ProtectMask) | (checked ? p.ProtectOn : p.ProtectOff);
+    case ConfigOption::kBor:
+      return (word & p.BorMask) | (checked ? p.BorOn : p.BorOff);
+  }
+  return word;
+}
+
+std::string config_hex_text(int high, int low) {
+  return hex_byte(high) + hex_byte(low);
+}
+
+std::string config_binary_text(std::uint16_t word) {
+  std::string text;
+  for (int bit = 13; bit >= 0; --bit) {
+    text += ((word >> bit) & 1) ? '1' : '0';
+    if (bit == 12 || bit == 8 || bit == 4) text += ' ';
+  }
+  return text;
+}
+
+std::uint16_t config_word_from_text(const std::string& text) {
+  std::uint32_t value = 0;
+  for (char c : text) {
+    int digit;
+    if (c >= '0' && c <= '9') {
+      digit = c - '0';
+    } else if (c >= 'a' && c <= 'f') {
+      digit = c - 'a' + 10;
+    } else if (c >= 'A' && c <= 'F') {
+      digit = c - 'A' + 10;
+    } else {
+      break;
+    }
+    value = ((value << 4) | static_cast<std::uint32_t>(digit)) & 0xFFFF;
+  }
+  return static_cast<std::uint16_t>(value & kConfigBits);
+}
+
+}  // namespace zenta

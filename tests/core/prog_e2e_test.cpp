@@ -1,0 +1,181 @@
+// End to end: real programs assembled by gpasm, loaded, written, verified
+// and read back on the simulated unit with the matching chip; and the ways
+// a write can go wrong.
+#include <gtest/gtest.h>
+
+#include "common/number_text.h"
+#include "image/hex_loader.h"
+#include "panel_rig.h"
+#include "temp_dir.h"
+
+namespace zenta::testing {
+namespace {
+
+// Assembles tests/data/blink/blink_<processor>.asm into `dir` and returns
+// the HEX file's path.
+std::string assemble(const TempDir& dir, const std::string& processor) {
+  const std::string source = std::string(ZENTA_TEST_DATA) + "/blink/blink_" + processor + ".asm";
+  const std::string hex = dir.file("blink.hex");
+  const CommandResult result =
+      run_command("gpasm -w2 -p " + processor + " -o '" + hex + "' '" + source + "' 2>&1");
+  EXPECT_EQ(result.status, 0) << result.out;
+  return hex;
+}
+
+// Loads the program through the file dialog as a user does and takes its
+// configuration word from the image. The last-address box stays as the
+// loader left it: past the configuration record, held to the program size.
+void load_program(PanelRig& rig, const std::string& hex) {
+  rig.host.open_answers = {hex};
+  rig.form.F_OpenButton_Click();
+  ASSERT_EQ(rig.state.DataLoaded, 1);
+  EXPECT_EQ(rig.form.view().LastAddrText, hex_text(rig.state.ProgramSize));
+  rig.form.ConfigAddrText_Change(hex_text(rig.state.word(0x2007)));
+}
+
+TEST(EndToEnd, GpasmProgramOnEveryCatalogueEntry) {
+  ASSERT_TRUE(tool_available("gpasm")) << "gputils' gpasm is needed for this test";
+  struct Case {
+    const char* chip;
+    int device;
+    int config;  // what __CONFIG in the source gives
+  };
+  const Case cases[] = {{"16F876", 0, 0x3F32}, {"16F877A", 1, 0x3F32}, {"16F84", 2, 0x3FF1},
+                        {"16F84A", 3, 0x3FF1}, {"16F628", 4, 0x3F70},  {"16F628A", 5, 0x3F70},
+                        {"12F675", 6, 0x3FE4}, {"16F819", 7, 0x3F70}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.chip);
+    TempDir dir;
+    std::string processor = c.chip;
+    for (char& ch : processor) ch = static_cast<char>(std::tolower(ch));
+    PanelRig rig(c.chip, c.device);
+    load_program(rig, assemble(dir, processor));
+    EXPECT_EQ(rig.state.ConfigWord, c.config);
+    ProgrammerState image = rig.state;
+
+    rig.form.WriteButton_Click();
+    EXPECT_EQ(rig.box_texts(), std::vector<std::string>{});
+    EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
+    const CommandOutcome& outcome = rig.form.outcome();
+    EXPECT_FALSE(outcome.refused || outcome.verify_error || outcome.config_error);
+    for (int w = 0; w < rig.unit.chip().program_words; ++w) {
+      ASSERT_EQ(rig.unit.program_word(w), image.word(w)) << "word " << w;
+    }
+    EXPECT_EQ(rig.unit.config_word(), c.config);
+
+    rig.form.VerifyButton_Click();
+    EXPECT_EQ(rig.form.view().NotesLabel, "Verify Complete");
+
+    blank_program_image(rig.state);
+    rig.form.READ_Click();
+    const int end = rig.state.LastAddress;
+    for (int w = 0; w < end; ++w) ASSERT_EQ(rig.state.word(w), image.word(w)) << "word " << w;
+    EXPECT_TRUE(rig.host.boxes.empty());
+  }
+}
+
+// A small image on a 16F876 (program-only cycles, which cannot set a bit
+// that the chip has cleared), written with the last address 0x10.
+struct FaultRig : PanelRig {
+  FaultRig() : PanelRig("16F876", 0) {
+    blank_program_image(state);
+    for (int w = 0; w < 0x10; ++w) state.set_word(w, 0x3000 + w);
+    state.DataLoaded = 1;
+    form.LastAddrText_Change("10");
+  }
+};
+
+TEST(WriteFailures, AFlippedBitIsAVerifyErrorAndTheWriteStillCompletes) {
+  FaultRig rig;
+  rig.host.during_events = [&] {
+    rig.unit.set_program_word(9, 0x3009 & ~0x1000);  // a bit the program-only cycle cannot set
+    rig.state.WaitTicks = 7;
+  };
+  rig.form.WriteButton_Click();
+  ASSERT_EQ(rig.box_texts(), std::vector<std::string>{"Verify Data ERROR"});
+  EXPECT_EQ(rig.host.boxes[0].title, "VERIFY ERROR");
+  EXPECT_EQ(rig.state.WaitTicks, 0);
+  EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
+  EXPECT_TRUE(rig.form.outcome().verify_error);
+  EXPECT_FALSE(rig.form.outcome().config_error);
+  EXPECT_EQ(rig.unit.config_word(), 0x3F3B);  // the configuration write still ran
+
+  rig.form.VerifyButton_Click();
+  EXPECT_EQ(rig.form.view().NotesLabel, "Verify Error");
+  EXPECT_EQ(rig.form.view().NotesColor, kRed);
+  EXPECT_EQ(rig.unit.trace().back().tx, (Packet{0x3B, 0x00}));
+}
+
+TEST(WriteFailures, ConfigurationReadBackThatDiffers) {
+  FaultRig rig;
+  rig.host.during_events = [&] { rig.unit.set_config_word(0x0000); };
+  rig.form.WriteButton_Click();
+  EXPECT_EQ(rig.box_texts(), std::vector<std::string>{"Can't Write to Config"});
+  EXPECT_TRUE(rig.form.outcome().config_error);
+  EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
+
+  // A failed read-back exchange compares what the failed read left.
+  rig.host.boxes.clear();
+  rig.unit.fail_read_at(rig.exchanges() + 15);
+  rig.form.WRITE_CONFIG();
+  EXPECT_EQ(rig.box_texts(), (std::vector<std::string>{"USB Read Error", "Can't Write to Config"}));
+  EXPECT_EQ(rig.form.view().NotesLabel, "Config Write Error");
+  EXPECT_EQ(rig.form.view().NotesColor, kRed);
+  EXPECT_EQ(rig.form.outcome().link_failures, 1u);
+
+  rig.state.ConfigHigh = 0x140;  // no packet can carry it
+  rig.unit.clear_trace();
+  rig.form.WRITE_CONFIG();
+  EXPECT_TRUE(rig.sent().empty());
+  EXPECT_TRUE(rig.form.outcome().config_error);
+}
+
+TEST(WriteFailures, ALinkFailureMidWriteLeavesThePanelUsable) {
+  FaultRig rig;
+  rig.unit.fail_write_at(rig.exchanges() + 30);
+  rig.form.WriteButton_Click();
+  EXPECT_EQ(rig.form.outcome().link_failures, 1u);
+  EXPECT_EQ(rig.host.boxes.front().text, "USB Write Error");
+  EXPECT_FALSE(rig.form.view().busy);
+
+  rig.host.boxes.clear();
+  rig.state.WaitTicks = 0;
+  rig.form.WriteButton_Click();
+  EXPECT_TRUE(rig.host.boxes.empty());
+  EXPECT_EQ(rig.form.outcome().link_failures, 0u);
+  EXPECT_FALSE(rig.form.outcome().verify_error);
+  for (int w = 0; w < 0x10; ++w) EXPECT_EQ(rig.unit.program_word(w), 0x3000 + w);
+}
+
+TEST(OneOperationAtATime, CommandsInAPauseAreRefused) {
+  FaultRig rig;
+  Progress seen;
+  std::size_t packets_before = 0;
+  rig.host.during_events = [&] {
+    EXPECT_TRUE(rig.form.view().busy);
+    seen = rig.form.view().progress;
+    packets_before = rig.unit.trace().size();
+    rig.form.VerifyButton_Click();
+    rig.form.READ_Click();
+    rig.form.READ_EEPROM_Click();
+    rig.form.ERASEButton_Click();
+    rig.form.Command_ID_Click();
+    rig.form.Command_VCC_Click();
+    rig.form.PICsel_Click(3);
+    rig.form.LOAD_HEX();
+    rig.form.WriteButton_Click();
+    EXPECT_EQ(rig.unit.trace().size(), packets_before);
+    EXPECT_TRUE(rig.form.outcome().refused);
+  };
+  rig.form.WriteButton_Click();
+  EXPECT_GT(seen.maximum, 0);
+  EXPECT_EQ(rig.form.view().PICsel, 0);
+  EXPECT_EQ(rig.state.DataLoaded, 1);
+  EXPECT_FALSE(rig.form.outcome().refused);
+  EXPECT_EQ(rig.form.view().progress.maximum, 0);
+  EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
+  EXPECT_TRUE(rig.host.boxes.empty());
+}
+
+}  // namespace
+}  // namespace zenta::testing
