@@ -1,4 +1,5 @@
-// Placeholder until the command-line front end lands.
-int main() {
-  return 2;
+#include "cli/cli.h"
+
+int main(int argc, char** argv) {
+  return zenta::cli::main(argc, argv);
 }

@@ -1,5 +1,5 @@
 #pragma once
-// Chooses the unit driver from a unit spec: "usb" (the default), "sim" or
+// Chooses the unit driver by name: "usb" (the default), "sim" or
 // "sim:CHIP". Only the front ends call this; the core never asks which
 // driver it talks to.
 #include <memory>
@@ -10,12 +10,16 @@
 namespace zenta {
 
 struct DriverChoice {
-  std::unique_ptr<UnitDriver> driver;  // null when the spec is bad
+  std::unique_ptr<UnitDriver> driver;  // null when the unit is unknown
   bool simulated = false;              // for the window title only
   std::string error;                   // why driver is null
 };
 
-DriverChoice make_driver(const std::string& spec);
+// unit: "usb" (the default, also when empty), "sim" (a 16F877A in the
+// socket) or "sim:CHIP" (a chip of the simulated unit's ID table, "none" for
+// an empty socket). Anything else gives a null driver and the reason in
+// error; so does a malformed ZENTA_USB_ID for "usb".
+DriverChoice make_driver(const std::string& unit);
 // ZENTA_UNIT from the environment, "" when unset.
 std::string unit_spec_from_environment();
 

@@ -245,7 +245,7 @@ TEST(SimAddressCounter, StepsAndWrapsAsTheChipsCounterDoes) {
   const std::vector<Case> cases = {
       {"entry starts at 0", {}, {}, 0, 0},
       {"b1 0 and 1 both step one", {}, {{ICSP_INC_ADDR, 0}, {ICSP_INC_ADDR, 1}}, 1, 2},
-      {"program memory wraps", {}, {{ICSP_INC_ADDR, 1}}, 0x2000, 0},
+      {"program memory runs on into configuration space", {}, {{ICSP_INC_ADDR, 1}}, 0x2000, 0x2000},
       {"read of 4 leaves the fourth", {}, {{ICSP_READ_DATA, 4}}, 1, 3},
       {"EEPROM read of 8 leaves the eighth", {}, {{ICSP_READ_EE, 8}}, 1, 7},
       {"load config moves to 0x2000", {{ICSP_INC_ADDR, 1}, to_config}, {}, 0, 0x2000},
@@ -270,10 +270,10 @@ TEST(SimAddressCounter, StepsAndWrapsAsTheChipsCounterDoes) {
   }
 }
 
-TEST(SimAddressCounter, ReadsAcrossTheWrapAndBeyondTheImplementedSize) {
+TEST(SimAddressCounter, ReadsIntoConfigurationSpaceAndBeyondTheImplementedSize) {
   SimRig rig("16F84A");
-  rig.unit.set_program_word(0, 0x0100);
-  rig.unit.set_program_word(1, 0x0101);
+  rig.unit.set_program_word(0x2000, 0x0100);
+  rig.unit.set_program_word(0x2001, 0x0101);
   rig.unit.set_program_word(0x3FF, 0x03FF);
   rig.unit.set_eeprom_byte(0, 0xA0);
   rig.power_and_enter();

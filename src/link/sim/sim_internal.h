@@ -12,7 +12,6 @@
 namespace zenta::sim {
 
 inline constexpr int kConfigBase = 0x2000;    // first address of configuration space
-inline constexpr int kAddressSpace = 0x2000;  // words in each of the two address areas
 inline constexpr int kConfigWordAddress = 0x2007;
 inline constexpr int kDeviceIdAddress = 0x2006;
 inline constexpr int kUserIdCount = 4;  // 0x2000-0x2003

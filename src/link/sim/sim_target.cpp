@@ -21,12 +21,13 @@ int clamp_count(std::uint8_t requested, int most) {
 
 }  // namespace
 
-// The counter is 14 bits wide and never leaves the area it is in: program
-// memory wraps from 0x1FFF to 0x0000, configuration space from 0x3FFF to
-// 0x2000, as the chips' own counters do.
+// The counter is one 14-bit counter: stepping past 0x1FFF runs on into
+// configuration space, and configuration space wraps from 0x3FFF to 0x2000.
+// This is the choice under which a write whose last row reaches 0x2000 (the
+// panel's last address for every image with a configuration record on an
+// 8K device) lands on the user IDs instead of on words 0 to 7.
 void SimUnit::Impl::step_address() {
-  const int area = address & kConfigBase;
-  address = area | ((address + 1) & (kAddressSpace - 1));
+  address = address == 0x3FFF ? kConfigBase : address + 1;
 }
 
 // A chip that does not listen (not in programming mode, unpowered, or no

@@ -1,0 +1,74 @@
+#pragma once
+// The unit on USB through libusb (Linux and macOS). The unit shows one
+// interface with an OUT and an IN endpoint; each packet is one 8-byte
+// transfer out, each reply one transfer in.
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "link/unit_driver.h"
+
+struct libusb_context;
+struct libusb_device_handle;
+
+namespace zenta {
+
+struct UsbId {
+  std::uint16_t vendor = 0;
+  std::uint16_t product = 0;
+  bool operator==(const UsbId&) const = default;
+};
+
+// The unit's vendor and product id as its firmware reports them.
+inline constexpr UsbId kUnitUsbId{0x1209, 0x5A4E};
+// How long one transfer may take before it counts as failed.
+inline constexpr int kUsbTimeoutMs = 1000;
+
+// "VVVV:PPPP", one to four hexadecimal digits (either case) on each side and
+// nothing else; nullopt otherwise.
+std::optional<UsbId> parse_usb_id(const std::string& text);
+
+// The id to look for: ZENTA_USB_ID when set, else kUnitUsbId. nullopt, with
+// `error` filled, when ZENTA_USB_ID is set but malformed.
+std::optional<UsbId> usb_id_from_environment(std::string& error);
+
+class UsbDriver : public UnitDriver {
+ public:
+  // Stands in for libusb_init; tests replace it to see a failing library.
+  using InitFunction = int (*)(libusb_context**);
+
+  explicit UsbDriver(UsbId id = kUnitUsbId, int timeout_ms = kUsbTimeoutMs,
+                     InitFunction init = nullptr);
+  ~UsbDriver() override;
+  UsbDriver(const UsbDriver&) = delete;
+  UsbDriver& operator=(const UsbDriver&) = delete;
+
+  // kDriverOpenError when libusb cannot start, no unit with the id is there,
+  // it cannot be opened (permissions) or its interface cannot be claimed.
+  std::int32_t open() override;
+  void close() override;
+  // kDriverNotOpen before open(); kDriverWriteError / kDriverReadError when
+  // the transfer fails, times out or moves fewer bytes than asked.
+  std::int32_t write(const std::uint8_t* buffer, std::int32_t length) override;
+  std::int32_t read(std::uint8_t* buffer, std::int32_t length) override;
+
+  const UsbId& id() const { return id_; }
+
+ private:
+  bool find_endpoints();
+  int transfer(std::uint8_t endpoint, bool interrupt, std::uint8_t* data, int length);
+
+  UsbId id_;
+  int timeout_ms_;
+  InitFunction init_;
+  libusb_context* context_ = nullptr;
+  libusb_device_handle* handle_ = nullptr;
+  int interface_ = -1;
+  std::uint8_t out_endpoint_ = 0;
+  std::uint8_t in_endpoint_ = 0;
+  bool out_interrupt_ = false;
+  bool in_interrupt_ = false;
+  int in_packet_size_ = 0;
+};
+
+}  // namespace zenta
