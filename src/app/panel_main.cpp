@@ -1,0 +1,79 @@
+// zenta-panel: the control panel's windows on the unit that ZENTA_UNIT
+// names (the USB unit by default). ZENTA_TRACE=FILE writes every exchange
+// to FILE; ZENTA_SCREENSHOTS=DIR saves a picture of each window to DIR and
+// ends.
+#include <QApplication>
+#include <QIcon>
+#include <QMessageBox>
+#include <QTimer>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+#include "image/programmer_state.h"
+#include "link/trace_driver.h"
+#include "panel/main_form.h"
+#include "panel/ui/panel_windows.h"
+#include "panel/ui/screenshots.h"
+#include "platform/driver_factory.h"
+#include "platform/qt_host.h"
+#include "platform/qt_settings_store.h"
+
+namespace {
+
+// Exit statuses, as the command-line program has them.
+constexpr int kBadUsage = 2;
+constexpr int kNoUnit = 3;
+
+int refuse(const std::string& text) {
+  std::cerr << "zenta-panel: " << text << '\n';
+  QMessageBox::critical(nullptr, "ZENTA Control Panel", QString::fromStdString(text));
+  return kBadUsage;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // The pictures live in the window library's resources.
+  Q_INIT_RESOURCE(zenta);
+  QApplication app(argc, argv);
+  QApplication::setOrganizationName("ZENTA");
+  QApplication::setApplicationName("ZENTA");
+  QApplication::setWindowIcon(QIcon(":/zenta/zenta-panel.png"));
+
+  zenta::DriverChoice choice = zenta::make_driver(zenta::unit_spec_from_environment());
+  if (!choice.driver) return refuse(choice.error);
+  zenta::UnitDriver* driver = choice.driver.get();
+
+  std::ofstream trace_file;
+  std::unique_ptr<zenta::TraceDriver> trace;
+  if (const char* path = std::getenv("ZENTA_TRACE"); path && *path) {
+    trace_file.open(path);
+    if (!trace_file) return refuse(std::string("cannot write the trace file ") + path);
+    trace = std::make_unique<zenta::TraceDriver>(*driver, trace_file);
+    driver = trace.get();
+  }
+
+  zenta::QtSettingsStore settings;
+  zenta::QtHost host;
+  zenta::MainForm form(*driver, host, settings, zenta::programmer_state());
+  // The start-up runs before any window shows; without a unit the user has
+  // been told, and the panel ends.
+  if (!form.Form_Load()) return kNoUnit;
+
+  zenta::PanelWindows windows(form, host, choice.simulated);
+  windows.main_window().show();
+
+  bool pictures_ok = true;
+  if (const char* folder = std::getenv("ZENTA_SCREENSHOTS"); folder && *folder) {
+    QTimer::singleShot(300, [&] {
+      pictures_ok = zenta::take_screenshots(windows, host, QString::fromLocal8Bit(folder));
+    });
+  }
+  const int status = QApplication::exec();
+  // Closing the main window has shut the unit down; this covers an end of
+  // the event loop by any other way.
+  windows.main_window().close();
+  return pictures_ok ? status : 1;
+}

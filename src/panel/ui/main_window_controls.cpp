@@ -1,0 +1,151 @@
+// Where every control of the main window stands. Places are pixels of the
+// panel below the menu bar; the window is 600 by 360 pixels (9000 by 5400
+// twips) with the test area, from y 346 down, hidden below its bottom edge
+// until the window grows to 460 pixels.
+#include <QGroupBox>
+#include <QProgressBar>
+
+#include "panel/shell.h"
+#include "panel/ui/main_window.h"
+
+namespace zenta {
+
+namespace {
+
+// Captions of the device options, in catalogue order.
+constexpr std::array<const char*, 8> kDeviceCaptions = {
+    "16F87x", "16F87xA", "16F84", "16F84A", "16F62x", "16F62xA", "12F629/675", "16F818/819"};
+constexpr std::array<const char*, 4> kOscCaptions = {"RC", "XT", "HS", "LP"};
+
+// Boxes that only show what the panel writes.
+QLineEdit* make_display(QWidget* parent, const char* name, const char* tip, Place place) {
+  QLineEdit* box = make_box(parent, name, tip, place);
+  box->setReadOnly(true);
+  return box;
+}
+
+}  // namespace
+
+void MainWindow::build_option_controls(QWidget* panel) {
+  frame1_ = new QGroupBox("PIC Select", panel);
+  frame1_->setObjectName("Frame1");
+  frame1_->setGeometry(8, 2, 240, 154);
+  for (int i = 0; i < 8; ++i) {
+    const std::string name = "PICsel_" + std::to_string(i);
+    // Entries 0 to 5 in the first column; 6 and 7 in the second, with the
+    // 12F629/675's twins named under entry 6.
+    const Place place =
+        i < 6 ? Place{10, 22 + 21 * i, 110, 20} : Place{126, i == 6 ? 22 : 64, 110, 20};
+    picsel_[i] =
+        make_option(frame1_, name.c_str(), kDeviceCaptions[i], "Select device 16F84", place);
+  }
+  make_label(frame1_, "Label6", "16F630/676", {146, 43, 90, 18});
+
+  frame2_ = new QGroupBox("OSC Type", panel);
+  frame2_->setObjectName("Frame2");
+  frame2_->setToolTip("OSC Type");
+  frame2_->setGeometry(8, 160, 84, 106);
+  for (int i = 0; i < 4; ++i) {
+    const std::string name = "OSCsel_" + std::to_string(i);
+    oscsel_[i] =
+        make_option(frame2_, name.c_str(), kOscCaptions[i], nullptr, {10, 22 + 20 * i, 66, 20});
+  }
+  wdtsel_ = make_check(panel, "WDTsel", "WDT", "WDT enable", {100, 168, 100, 20});
+  putsel_ = make_check(panel, "PUTsel", "PUT", "Power up timer", {100, 190, 100, 20});
+  prtsel_ = make_check(panel, "PRTsel", "Protect", "Code protect", {100, 212, 100, 20});
+  borsel_ = make_check(panel, "BORsel", "BOR", "Brown Out Reset", {100, 234, 100, 20});
+
+  make_label(panel, "Label8", "Configration bit", {8, 268, 160, 16});
+  config_addr_text_ = make_box(panel, "ConfigAddrText", "Config data", {8, 285, 56, 22});
+  config_addr_text_->setMaxLength(8);
+  text_configbit_ = make_display(panel, "Text_Configbit", "Config data", {68, 285, 150, 22});
+}
+
+void MainWindow::build_controls(QWidget* panel) {
+  build_option_controls(panel);
+
+  make_label(panel, "Label1", "Target File name", {256, 4, 200, 16});
+  filename_textbox_ = make_box(panel, "FilenameTextbox", nullptr, {256, 21, 336, 24});
+  f_open_button_ =
+      make_button(panel, "F_OpenButton", "FILE OPEN", "Open your ASM,HEX file", {256, 50, 100, 28});
+  hexset_button_ = make_button(panel, "HexSet_Button", "HEX set", "Set", {360, 50, 72, 28});
+  write_button_ =
+      make_button(panel, "WriteButton", "WRITE", "Write program to PIC", {256, 84, 100, 42});
+  verify_button_ =
+      make_button(panel, "VerifyButton", "VERIFY", "Program verify", {256, 130, 100, 28});
+  erase_button_ =
+      make_button(panel, "ERASEButton", "ERASE", "Erase to the PIC", {256, 162, 100, 28});
+
+  make_label(panel, "Label2", "START", {364, 88, 56, 22});
+  start_addr_text_ = make_box(panel, "StartAddrText", "Program start Address", {422, 88, 66, 22});
+  make_label(panel, "Label5", "LAST", {364, 114, 56, 22});
+  last_addr_text_ = make_box(panel, "LastAddrText", "Program last Address", {422, 114, 66, 22});
+  make_label(panel, "Label4", "Current", {364, 140, 56, 22});
+  current_addr_text_ =
+      make_display(panel, "CurrentAddrText", "Current Address", {422, 140, 66, 22});
+  start_addr_text_->setMaxLength(8);
+  last_addr_text_->setMaxLength(8);
+
+  bufview_button_ = make_button(panel, "BUFVIEWButton", "BUFFER", "Buffer view", {496, 50, 96, 28});
+  // The tool runs and editors come with the toolchain; until then their
+  // buttons stand where they belong, disabled.
+  tool_buttons_ = {
+      make_button(panel, "ASSMButton", "Assembler", "Assembler", {496, 82, 96, 28}),
+      make_button(panel, "C_Button", "C compiler", "C Compiler", {496, 114, 96, 28}),
+      make_button(panel, "EditorButton", "Editor", "Edit and View", {496, 146, 96, 28}),
+      make_button(panel, "New_EditorButton", "NEW", "New", {496, 178, 96, 28}),
+  };
+  for (QPushButton* button : tool_buttons_) button->setEnabled(false);
+
+  notes_label_ = make_label(panel, "NotesLabel", "", {256, 214, 336, 22});
+  progress_ = new QProgressBar(panel);
+  progress_->setObjectName("ProgressBar");
+  progress_->setGeometry(256, 240, 336, 12);
+  progress_->setTextVisible(false);
+  progress_->hide();
+
+  command_reset_ = make_button(panel, "Command_RESET", "RESET", "Reset", {256, 280, 72, 28});
+  reset_lamp_ = new Lamp(panel);
+  reset_lamp_->setObjectName("RESET_LAMP");
+  reset_lamp_->setGeometry(334, 285, 18, 18);
+  ext_button_ = make_button(panel, "EXTButton", "EXIT", "Exit", {496, 278, 96, 30});
+
+  // The row that the collapsed window shows last: a blank picture box at
+  // the left edge, the maker's name and its home page.
+  kage_ = make_link(panel, "kage", "", {8, 313, 13, 16});
+  kage_->setCursor(Qt::ArrowCursor);
+  label_krvname_ = make_link(panel, "Label_KRVname", "Korvan", {26, 313, 60, 18});
+  label_krvname_->setCursor(Qt::ArrowCursor);
+  label12_ = make_link(panel, "Label12", kHomePageUrl, {92, 313, 240, 18});
+  QFont link_font = label12_->font();
+  link_font.setUnderline(true);
+  label12_->setFont(link_font);
+
+  build_test_area(panel);
+}
+
+void MainWindow::build_test_area(QWidget* panel) {
+  make_label(panel, "Label3", "Test mode", {8, 350, 70, 20});
+  command_vcc_ = make_button(panel, "Command_VCC", "VCC off", nullptr, {80, 346, 70, 28});
+  command_led_ = make_button(panel, "Command_LED", "LED off", nullptr, {154, 346, 70, 28});
+  command_id_ = make_button(panel, "Command_ID", "ID", nullptr, {228, 346, 40, 28});
+  constexpr std::array<const char*, 3> kLevels = {"0v", "5v", "Vpp"};
+  for (int i = 0; i < 3; ++i) {
+    const std::string name = "Command_Vset_" + std::to_string(i);
+    command_vset_[i] = make_button(panel, name.c_str(), kLevels[i], nullptr,
+                                   {272 + 44 * i, 346, i == 2 ? 46 : 40, 28});
+  }
+  make_label(panel, "Label10", "AD", {414, 350, 22, 20});
+  text_ad_ = make_display(panel, "Text_AD", nullptr, {436, 349, 56, 22});
+  text2_ = make_display(panel, "Text2", nullptr, {500, 349, 92, 22});
+
+  usbmsg_ = make_display(panel, "USBMSG", nullptr, {8, 380, 210, 22});
+  text_device_ = make_display(panel, "Text_Device", nullptr, {222, 380, 150, 22});
+  text_admon_ = make_display(panel, "Text_ADMON", nullptr, {376, 380, 112, 22});
+  test_ = make_display(panel, "TEST", nullptr, {492, 380, 100, 22});
+
+  label7_ = make_label(panel, "Label7", "", {8, 408, 288, 18});
+  label9_ = make_label(panel, "Label9", "", {304, 408, 288, 18});
+}
+
+}  // namespace zenta

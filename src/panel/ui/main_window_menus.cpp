@@ -1,0 +1,49 @@
+// The menu bar: Function, TOOL and ABOUT, items named as the panel names them.
+#include <QMenuBar>
+
+#include "panel/shell.h"
+#include "panel/ui/main_window.h"
+
+namespace zenta {
+
+namespace {
+QAction* add_item(QMenu* menu, const char* name, const char* caption, QKeySequence shortcut = {}) {
+  QAction* action = menu->addAction(caption);
+  action->setObjectName(name);
+  if (!shortcut.isEmpty()) action->setShortcut(shortcut);
+  return action;
+}
+}  // namespace
+
+void MainWindow::build_menus() {
+  QMenuBar* bar = menuBar();
+  auto menu = [bar](const char* name) {
+    QMenu* item = bar->addMenu(name);
+    item->setObjectName(name);
+    return item;
+  };
+  auto on = [this](QAction* action, std::function<void()> handler) {
+    connect(action, &QAction::triggered, this, [this, handler] { run(handler); });
+  };
+
+  QMenu* function = menu("Function");
+  fileopen_menu_ = add_item(function, "FILEOPENMENU", "File Open", QKeySequence(Qt::Key_F3));
+  on(fileopen_menu_, [this] { form_.F_OpenButton_Click(); });
+  read_menu_ = add_item(function, "READ", "READ");
+  on(read_menu_, [this] { form_.READ_Click(); });
+  on(add_item(function, "Buffer_view", "Buffer_view"), [this] { form_.Buffer_view_Click(); });
+  read_eeprom_menu_ = add_item(function, "READ_EEPROM", "READ_EEPROM");
+  on(read_eeprom_menu_, [this] { form_.READ_EEPROM_Click(); });
+
+  QMenu* tool = menu("TOOL");
+  on(add_item(tool, "CALC", "Calculator"), [this] { start_calculator(host_); });
+  on(add_item(tool, "System_Setup", "Setup"), [this] { host_.show_window(WindowId::kSetup); });
+
+  QMenu* about = menu("ABOUT");
+  on(add_item(about, "HELP", "HELP", QKeySequence(Qt::Key_F1)),
+     [this] { host_.show_window(WindowId::kHelp); });
+  on(add_item(about, "VER", "Information"), [this] { host_.show_window(WindowId::kVersion); });
+  on(add_item(about, "HomePage_OPEN", "HomePage"), [this] { open_homepage(host_); });
+}
+
+}  // namespace zenta

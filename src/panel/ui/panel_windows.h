@@ -1,0 +1,30 @@
+#pragma once
+// The panel's windows around one MainForm: the main window, and the
+// factories by which the host makes every other window at most once.
+#include <memory>
+
+#include "panel/main_form.h"
+#include "panel/ui/main_window.h"
+#include "platform/qt_host.h"
+
+namespace zenta {
+
+class PanelWindows {
+ public:
+  // Call after MainForm's start-up, so the windows open on its state.
+  PanelWindows(MainForm& form, QtHost& host, bool simulated);
+  ~PanelWindows();
+  PanelWindows(const PanelWindows&) = delete;
+  PanelWindows& operator=(const PanelWindows&) = delete;
+
+  MainWindow& main_window() { return *main_; }
+
+ private:
+  void refresh_viewers();
+
+  MainForm& form_;
+  QtHost& host_;
+  std::unique_ptr<MainWindow> main_;
+};
+
+}  // namespace zenta

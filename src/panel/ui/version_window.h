@@ -1,0 +1,17 @@
+#pragma once
+// The version window ZENTA_VERFORM: the panel's and the unit's versions and
+// the maker's home page. Modal: the main window waits until it closes.
+#include <QWidget>
+#include <string>
+
+#include "panel/host.h"
+
+namespace zenta {
+
+class VersionWindow : public QWidget {
+  Q_OBJECT
+ public:
+  VersionWindow(Host& host, const std::string& firmware_version, QWidget* parent);
+};
+
+}  // namespace zenta

@@ -1,0 +1,110 @@
+#include "platform/qt_host.h"
+
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMessageBox>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QStringList>
+#include <QUrl>
+
+#include "panel/host_rules.h"
+
+namespace zenta {
+
+namespace {
+
+QString q(const std::string& text) {
+  return QString::fromStdString(text);
+}
+
+#ifdef _WIN32
+constexpr bool kCaseSensitiveNames = false;
+#else
+constexpr bool kCaseSensitiveNames = true;
+#endif
+
+QString name_filters(const std::string& filter) {
+  QStringList filters;
+  for (const DialogFilter& choice : parse_dialog_filter(filter, kCaseSensitiveNames)) {
+    filters << q(name_filter_text(choice));
+  }
+  return filters.join(";;");
+}
+
+}  // namespace
+
+void QtHost::message_box(const std::string& text, const std::string& title, MessageIcon icon) {
+  if (message_hook) {
+    message_hook(text, title, icon);
+    return;
+  }
+  QMessageBox::Icon box_icon = QMessageBox::Critical;
+  if (icon == MessageIcon::kInformation) box_icon = QMessageBox::Information;
+  if (icon == MessageIcon::kExclamation) box_icon = QMessageBox::Warning;
+  QMessageBox box(box_icon, q(title), q(text), QMessageBox::Ok, parent_);
+  box.exec();
+}
+
+void QtHost::process_events() {
+  if (before_events) before_events();
+  QCoreApplication::processEvents();
+}
+
+void QtHost::beep() {
+  QApplication::beep();
+}
+
+std::string QtHost::open_file_dialog(const std::string& filter) {
+  if (open_dialog_hook) return open_dialog_hook(filter);
+  const QString path =
+      QFileDialog::getOpenFileName(parent_, "Open", QDir::currentPath(), name_filters(filter));
+  return QDir::toNativeSeparators(path).toStdString();
+}
+
+std::string QtHost::save_file_dialog(const std::string& filter) {
+  if (save_dialog_hook) return save_dialog_hook(filter);
+  const QString path =
+      QFileDialog::getSaveFileName(parent_, "Save", QDir::currentPath(), name_filters(filter));
+  return QDir::toNativeSeparators(path).toStdString();
+}
+
+bool QtHost::start_program(const std::string& command_line, bool /*minimized*/) {
+  // A minimised start is the original platform's habit; desktops here
+  // place new windows themselves.
+#ifdef _WIN32
+  constexpr bool kLookUpOnPath = false;
+#else
+  constexpr bool kLookUpOnPath = true;
+#endif
+  const LaunchCommand launch = resolve_launch(
+      command_line, [](const std::string& path) { return QFileInfo(q(path)).isFile(); },
+      [](const std::string& name) { return QStandardPaths::findExecutable(q(name)).toStdString(); },
+      kLookUpOnPath);
+  if (launch.program.empty()) return false;
+  QStringList arguments;
+  for (const std::string& argument : launch.arguments) arguments << q(argument);
+  return QProcess::startDetached(q(launch.program), arguments);
+}
+
+bool QtHost::open_url(const std::string& url) {
+  if (url_hook) return url_hook(url);
+  return QDesktopServices::openUrl(QUrl(q(url)));
+}
+
+void QtHost::show_window(WindowId id) {
+  if (!windows_.show(id)) beep();
+}
+
+bool QtHost::window_visible(WindowId id) const {
+  return windows_.visible(id);
+}
+
+std::string QtHost::current_folder() const {
+  return QDir::toNativeSeparators(QDir::currentPath()).toStdString();
+}
+
+}  // namespace zenta

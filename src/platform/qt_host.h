@@ -1,0 +1,48 @@
+#pragma once
+// The platform's side of the core's Host on Qt: message boxes, dialogs,
+// program starts, the browser, the other windows, the current folder.
+// Tests replace the message boxes and dialogs through the hooks, so
+// nothing blocks without a screen.
+#include <QWidget>
+#include <functional>
+#include <string>
+
+#include "panel/host.h"
+#include "platform/qt_window_manager.h"
+
+namespace zenta {
+
+class QtHost : public Host {
+ public:
+  void message_box(const std::string& text, const std::string& title, MessageIcon icon) override;
+  void process_events() override;
+  void beep() override;
+  std::string open_file_dialog(const std::string& filter) override;
+  std::string save_file_dialog(const std::string& filter) override;
+  bool start_program(const std::string& command_line, bool minimized) override;
+  bool open_url(const std::string& url) override;
+  void show_window(WindowId id) override;
+  bool window_visible(WindowId id) const override;
+  std::string current_folder() const override;
+
+  QtWindowManager& windows() { return windows_; }
+  // Parent of message boxes and dialogs (the main window), when there is one.
+  void set_dialog_parent(QWidget* parent) { parent_ = parent; }
+
+  // ---- replacements, for tests ----
+  std::function<void(const std::string& text, const std::string& title, MessageIcon icon)>
+      message_hook;
+  // Gets the filter as the core gave it; returns the chosen path or "".
+  std::function<std::string(const std::string& filter)> open_dialog_hook;
+  std::function<std::string(const std::string& filter)> save_dialog_hook;
+  std::function<bool(const std::string& url)> url_hook;
+  // Runs before pending events are let through, so the windows show the
+  // state of the operation that yields.
+  std::function<void()> before_events;
+
+ private:
+  QWidget* parent_ = nullptr;
+  QtWindowManager windows_;
+};
+
+}  // namespace zenta
