@@ -158,7 +158,7 @@ ParseResult parse_arguments(const std::vector<std::string>& args) {
 }
 
 const char* usage_text() {
-  return R"TEXT(Usage: zenta [--unit SPEC] [--device NAME|INDEX] [--trace FILE] [--sim-memory FILE]
+  return R"TEXT(Usage: zenta [--unit UNIT] [--device NAME|INDEX] [--trace FILE] [--sim-memory FILE]
              COMMAND [ARGS]
 
 Commands:
@@ -176,7 +176,7 @@ Commands:
                               (byte i at byte address 4200 + 2i, as gputils puts it)
 
 Options:
-  --unit SPEC        usb (the default), sim (a simulated 16F877A) or sim:CHIP
+  --unit UNIT        usb (the default), sim (a simulated 16F877A) or sim:CHIP
                      (sim:16F628A, sim:none for an empty socket); default ZENTA_UNIT
   --device NAME|INDEX
                      device entry by caption (16F87x, 16F87xA, 16F84, 16F84A, 16F62x,

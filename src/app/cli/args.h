@@ -1,6 +1,6 @@
 #pragma once
 // The command line of the zenta program:
-//   zenta [--unit SPEC] [--device NAME|INDEX] [--trace FILE] [--sim-memory FILE]
+//   zenta [--unit UNIT] [--device NAME|INDEX] [--trace FILE] [--sim-memory FILE]
 //         COMMAND [ARGS]
 // Scripts rely on it; new options may be added, none changed.
 #include <cstdint>
