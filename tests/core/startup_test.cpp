@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
+#include "fakes.h"
 #include "panel/main_form.h"
-#include "recording_host.h"
 #include "scripted_driver.h"
 
 namespace zenta {
 namespace {
 
-using testing::RecordingHost;
+using testing::FakeHost;
 using testing::ScriptedDriver;
 using Packet = std::array<std::uint8_t, 8>;
 
@@ -21,41 +21,38 @@ class CountingStore : public MemorySettingsStore {
   }
 };
 
-std::string setting(SettingsStore& store, const char* key) {
-  return store.get(kSettingsApp, kSettingsSection, key);
-}
-
-struct StartupFixture : ::testing::Test {
+struct Panel {
   ScriptedDriver driver;
-  RecordingHost host;
+  FakeHost host;
   CountingStore store;
   ProgrammerState state;
   MainForm form{driver, host, store, state};
+  std::string setting(const char* key) { return store.get(kSettingsApp, kSettingsSection, key); }
+  void store_setting(const char* key, const std::string& value) {
+    store.save(kSettingsApp, kSettingsSection, key, value);
+  }
 };
 
-TEST_F(StartupFixture, NoUnitEndsBeforeAnythingElse) {
-  driver.open_result = -2;
-  EXPECT_FALSE(form.Form_Load());
-  EXPECT_EQ(form.link().USBMSG(), "Driver Open:NG(ドライバオープンエラー)");
-  ASSERT_EQ(host.boxes.size(), 1u);
-  EXPECT_EQ(host.boxes[0].text, "Unit not Found");
-  EXPECT_EQ(host.boxes[0].title, "USB ERROR");
-  EXPECT_TRUE(driver.written.empty());
-  EXPECT_EQ(driver.closes, 0);
-  EXPECT_EQ(store.gets, 0);
-  EXPECT_EQ(store.saves(), 0);
+TEST(Startup, NoUnitEndsBeforeAnythingElseWhateverTheCode) {
+  for (const std::int32_t code : {-2, -12, 4}) {
+    SCOPED_TRACE(code);
+    Panel p;
+    p.driver.open_result = code;
+    EXPECT_FALSE(p.form.Form_Load());
+    ASSERT_EQ(p.host.boxes.size(), 1u);
+    EXPECT_EQ(p.host.boxes[0].text, "Unit not Found");
+    EXPECT_EQ(p.host.boxes[0].title, "USB ERROR");
+    EXPECT_TRUE(p.driver.written.empty());
+    EXPECT_EQ(p.driver.closes, 0);
+    EXPECT_EQ(p.store.gets + p.store.saves(), 0);
+  }
 }
 
-TEST_F(StartupFixture, ResultCodeOutsideTheTableIsAFailureToo) {
-  driver.open_result = -12;
-  EXPECT_FALSE(form.Form_Load());
-  EXPECT_TRUE(driver.written.empty());
-}
-
-TEST_F(StartupFixture, PacketOrderOnACleanStore) {
-  driver.replies.push_back({'Z', 'E', 'N', 'T', 'A', ' ', '1', '2'});
-  ASSERT_TRUE(form.Form_Load());
-  const auto& sent = driver.written;
+TEST(Startup, PacketOrderAndStateOnACleanStore) {
+  Panel p;
+  p.driver.replies.push_back({'Z', 'E', 'N', 'T', 'A', ' ', '1', '2'});
+  ASSERT_TRUE(p.form.Form_Load());
+  const auto& sent = p.driver.written;
   ASSERT_GE(sent.size(), 3u);
   EXPECT_EQ(sent.front(), (Packet{0x3F, 0, 0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(sent[sent.size() - 2], (Packet{0x3A, 0x01, 0, 0, 0, 0, 0, 0}));
@@ -68,52 +65,41 @@ TEST_F(StartupFixture, PacketOrderOnACleanStore) {
                                        {0x32, 0x01}, {0x31, 0x01}};
   EXPECT_EQ(std::vector<Packet>(sent.begin() + 1, sent.end() - 2), id_read);
 
-  EXPECT_EQ(form.FirmwareVersion(), "ZENTA 12");
-  EXPECT_EQ(form.view().Command_VCC, "VCC on");
-  EXPECT_EQ(form.view().Command_LED, "LED off");
-  EXPECT_EQ(form.view().PICsel, 1);
-  EXPECT_EQ(state.DeviceFamily, "16F87xA");
-  EXPECT_EQ(form.view().Label7, "TopDIR = /home/user/work");
-  EXPECT_EQ(form.view().Label9, "Current DIR = /home/user/work");
-  EXPECT_EQ(form.view().width_twips, 9000);
-  EXPECT_EQ(form.view().height_twips, 5400);
-
+  EXPECT_EQ(p.form.FirmwareVersion(), "ZENTA 12");
+  EXPECT_EQ(p.form.view().Command_VCC, "VCC on");
+  EXPECT_EQ(p.form.view().Command_LED, "LED off");
+  EXPECT_EQ(p.form.view().PICsel, 1);
+  EXPECT_EQ(p.form.view().Label7, "TopDIR = /home/user/work");
+  EXPECT_EQ(p.form.view().height_twips, 5400);
   // First run: the six tool defaults are stored, the memory copies stay empty.
-  const ToolSettings defaults = startup_tool_defaults();
-  EXPECT_EQ(setting(store, "F_ASM"), defaults.AsmFolder);
-  EXPECT_EQ(setting(store, "CMD_ASM"), defaults.AsmCommand);
-  EXPECT_EQ(setting(store, "CMD_C"), "picl -16F877 -Ecerr.txt");
-  EXPECT_TRUE(store.contains("F_EDIT"));
-  EXPECT_EQ(setting(store, "F_EDIT"), "");
-  EXPECT_EQ(form.tools().AsmFolder, "");
-  EXPECT_EQ(setting(store, "DEVICE"), "1");
-  EXPECT_TRUE(host.boxes.empty());
-}
-
-TEST_F(StartupFixture, EmptyAssemblerFolderRewritesAllSixDefaults) {
-  for (const char* key : kToolKeys) store.save(kSettingsApp, kSettingsSection, key, "mine");
-  store.save(kSettingsApp, kSettingsSection, "F_ASM", "");
-  ASSERT_TRUE(form.Form_Load());
-  EXPECT_EQ(setting(store, "CMD_ASM"), startup_tool_defaults().AsmCommand);
-  EXPECT_EQ(setting(store, "F_EDIT"), "");
-  EXPECT_EQ(form.tools().AsmCommand, "");
-}
-
-TEST_F(StartupFixture, StoredToolSettingsAreReadIntoMemoryUnchanged) {
-  const char* values[] = {"/opt/asm", "gpasm x", "/opt/c", "cc y", "/usr/bin", "vi"};
+  const auto defaults = tool_values(startup_tool_defaults());
   for (std::size_t i = 0; i < kToolKeys.size(); ++i) {
-    store.save(kSettingsApp, kSettingsSection, kToolKeys[i], values[i]);
+    EXPECT_EQ(p.setting(kToolKeys[i]), defaults[i]) << kToolKeys[i];
   }
-  const int saves = store.saves();
-  ASSERT_TRUE(form.Form_Load());
-  const auto loaded = tool_values(form.tools());
-  for (std::size_t i = 0; i < loaded.size(); ++i) EXPECT_EQ(loaded[i], values[i]);
-  // Only the restored device choice is stored; no tool key is written.
-  EXPECT_EQ(store.saves(), saves + 1);
-  EXPECT_EQ(setting(store, "DEVICE"), "1");
+  EXPECT_TRUE(p.store.contains("F_EDIT"));
+  EXPECT_EQ(p.form.tools().AsmFolder, "");
+  EXPECT_EQ(p.setting("DEVICE"), "1");
+  EXPECT_TRUE(p.host.boxes.empty());
 }
 
-TEST(StartupDevice, StoredDeviceValues) {
+// A stored but empty assembler folder counts as a first run: all six
+// defaults are written again; otherwise the six keys are read unchanged.
+TEST(Startup, ToolSettingsAreReadOrDefaulted) {
+  for (const std::string first : {"", "/opt/asm"}) {
+    SCOPED_TRACE(first);
+    Panel p;
+    for (const char* key : kToolKeys) p.store_setting(key, "mine");
+    p.store_setting("F_ASM", first);
+    ASSERT_TRUE(p.form.Form_Load());
+    const bool first_run = first.empty();
+    EXPECT_EQ(p.setting("CMD_ASM"), first_run ? startup_tool_defaults().AsmCommand : "mine");
+    EXPECT_EQ(p.setting("F_EDIT"), first_run ? "" : "mine");
+    EXPECT_EQ(p.form.tools().AsmCommand, first_run ? "" : "mine");
+    EXPECT_EQ(p.form.tools().AsmFolder, first_run ? "" : "/opt/asm");
+  }
+}
+
+TEST(Startup, StoredDeviceValues) {
   struct Case {
     const char* stored;
     int choice;
@@ -127,32 +113,25 @@ TEST(StartupDevice, StoredDeviceValues) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.stored);
-    ScriptedDriver driver;
-    RecordingHost host;
-    MemorySettingsStore store;
-    ProgrammerState state;
-    store.save(kSettingsApp, kSettingsSection, "DEVICE", c.stored);
-    MainForm form(driver, host, store, state);
-    ASSERT_TRUE(form.Form_Load());
-    EXPECT_EQ(form.view().PICsel, c.choice);
-    EXPECT_EQ(state.DeviceFamily, c.family);
-    EXPECT_EQ(setting(store, "DEVICE"), c.stored_after);
+    Panel p;
+    p.store_setting("DEVICE", c.stored);
+    ASSERT_TRUE(p.form.Form_Load());
+    EXPECT_EQ(p.form.view().PICsel, c.choice);
+    EXPECT_EQ(p.state.DeviceFamily, c.family);
+    EXPECT_EQ(p.setting("DEVICE"), c.stored_after);
   }
 }
 
-TEST_F(StartupFixture, FailedIdentificationLeavesTheFirmwareVersionEmptyAndGoesOn) {
-  driver.read_results.push_back(0);
-  ASSERT_TRUE(form.Form_Load());
-  EXPECT_EQ(form.FirmwareVersion(), "");
-  ASSERT_FALSE(host.boxes.empty());
-  EXPECT_EQ(host.boxes[0].text, "USB Read Error");
-  EXPECT_EQ(driver.written.back(), (Packet{0x3B, 0, 0, 0, 0, 0, 0, 0}));
-}
-
-TEST_F(StartupFixture, ShutdownClosesTheDriver) {
-  ASSERT_TRUE(form.Form_Load());
-  form.shutdown();
-  EXPECT_EQ(driver.closes, 1);
+TEST(Startup, FailedIdentificationLeavesTheFirmwareVersionEmptyAndGoesOn) {
+  Panel p;
+  p.driver.read_results.push_back(0);
+  ASSERT_TRUE(p.form.Form_Load());
+  EXPECT_EQ(p.form.FirmwareVersion(), "");
+  ASSERT_FALSE(p.host.boxes.empty());
+  EXPECT_EQ(p.host.boxes[0].text, "USB Read Error");
+  EXPECT_EQ(p.driver.written.back(), (Packet{0x3B, 0, 0, 0, 0, 0, 0, 0}));
+  p.form.shutdown();
+  EXPECT_EQ(p.driver.closes, 1);
 }
 
 }  // namespace

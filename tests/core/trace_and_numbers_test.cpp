@@ -5,7 +5,7 @@
 #include "common/number_text.h"
 #include "link/trace_driver.h"
 #include "link/unit_link.h"
-#include "recording_host.h"
+#include "fakes.h"
 #include "scripted_driver.h"
 
 namespace zenta {
@@ -13,7 +13,7 @@ namespace {
 
 TEST(TraceDriver, OneLinePerExchangeAndFailuresMarked) {
   testing::ScriptedDriver inner;
-  testing::RecordingHost host;
+  testing::FakeHost host;
   std::ostringstream out;
   TraceDriver trace(inner, out);
   UnitLink link(trace, host);
