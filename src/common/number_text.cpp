@@ -7,14 +7,12 @@
 
 namespace zenta {
 
-namespace {
 int hex_digit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   if (c >= 'a' && c <= 'f') return c - 'a' + 10;
   if (c >= 'A' && c <= 'F') return c - 'A' + 10;
   return -1;
 }
-}  // namespace
 
 std::optional<std::int32_t> read_hex(const std::string& text) {
   std::uint64_t value = 0;

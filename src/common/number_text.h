@@ -6,6 +6,9 @@
 
 namespace zenta {
 
+// Value of one hexadecimal digit of either case; -1 for any other character.
+int hex_digit(char c);
+
 // Hexadecimal box reading rule: digits of either case up to the first other
 // character; no digits give 0. Up to four digits are a signed 16-bit number
 // (FFFF is -1), five to eight a signed 32-bit number. More than eight

@@ -1,5 +1,7 @@
 #include "image/hex_loader.h"
 
+#include "common/number_text.h"
+
 namespace zenta {
 
 std::optional<std::string> HexFieldReader::next() {
@@ -30,16 +32,8 @@ int hex_field(const std::string& field, std::size_t position, std::size_t count)
   int value = 0;
   for (std::size_t i = position - 1; i < field.size() && i < position - 1 + count; ++i) {
     const char c = field[i];
-    int digit;
-    if (c >= '0' && c <= '9') {
-      digit = c - '0';
-    } else if (c >= 'a' && c <= 'f') {
-      digit = c - 'a' + 10;
-    } else if (c >= 'A' && c <= 'F') {
-      digit = c - 'A' + 10;
-    } else {
-      break;
-    }
+    const int digit = hex_digit(c);
+    if (digit < 0) break;
     value = value * 16 + digit;
   }
   return value;

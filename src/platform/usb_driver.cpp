@@ -1,5 +1,7 @@
 #include "platform/usb_driver.h"
 
+#include "common/number_text.h"
+
 #include <libusb.h>
 
 #include <algorithm>
@@ -14,16 +16,8 @@ std::optional<std::uint16_t> parse_hex_part(const std::string& text) {
   if (text.empty() || text.size() > 4) return std::nullopt;
   std::uint16_t value = 0;
   for (char c : text) {
-    int digit;
-    if (c >= '0' && c <= '9') {
-      digit = c - '0';
-    } else if (c >= 'a' && c <= 'f') {
-      digit = c - 'a' + 10;
-    } else if (c >= 'A' && c <= 'F') {
-      digit = c - 'A' + 10;
-    } else {
-      return std::nullopt;
-    }
+    const int digit = hex_digit(c);
+    if (digit < 0) return std::nullopt;
     value = static_cast<std::uint16_t>(value * 16 + digit);
   }
   return value;

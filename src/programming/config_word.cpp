@@ -51,16 +51,8 @@ std::string config_binary_text(std::uint16_t word) {
 std::uint16_t config_word_from_text(const std::string& text) {
   std::uint32_t value = 0;
   for (char c : text) {
-    int digit;
-    if (c >= '0' && c <= '9') {
-      digit = c - '0';
-    } else if (c >= 'a' && c <= 'f') {
-      digit = c - 'a' + 10;
-    } else if (c >= 'A' && c <= 'F') {
-      digit = c - 'A' + 10;
-    } else {
-      break;
-    }
+    const int digit = hex_digit(c);
+    if (digit < 0) break;
     value = ((value << 4) | static_cast<std::uint32_t>(digit)) & 0xFFFF;
   }
   return static_cast<std::uint16_t>(value & kConfigBits);

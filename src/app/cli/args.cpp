@@ -1,5 +1,7 @@
 #include "cli/args.h"
 
+#include "common/number_text.h"
+
 #include <map>
 
 namespace zenta::cli {
@@ -39,16 +41,8 @@ std::optional<std::uint16_t> parse_hex_word(const std::string& text) {
   if (digits.empty() || digits.size() > 4) return std::nullopt;
   unsigned value = 0;
   for (char c : digits) {
-    int digit;
-    if (c >= '0' && c <= '9') {
-      digit = c - '0';
-    } else if (c >= 'a' && c <= 'f') {
-      digit = c - 'a' + 10;
-    } else if (c >= 'A' && c <= 'F') {
-      digit = c - 'A' + 10;
-    } else {
-      return std::nullopt;
-    }
+    const int digit = hex_digit(c);
+    if (digit < 0) return std::nullopt;
     value = value * 16 + static_cast<unsigned>(digit);
   }
   return static_cast<std::uint16_t>(value);

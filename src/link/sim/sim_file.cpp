@@ -15,6 +15,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "common/number_text.h"
 #include "link/sim/sim_internal.h"
 
 namespace zenta::sim {
@@ -39,16 +40,8 @@ int parse_hex(const std::string& token, int most) {
   if (token.empty() || token.size() > 4) return -1;
   int value = 0;
   for (char c : token) {
-    int digit;
-    if (c >= '0' && c <= '9') {
-      digit = c - '0';
-    } else if (c >= 'A' && c <= 'F') {
-      digit = c - 'A' + 10;
-    } else if (c >= 'a' && c <= 'f') {
-      digit = c - 'a' + 10;
-    } else {
-      return -1;
-    }
+    const int digit = hex_digit(c);
+    if (digit < 0) return -1;
     value = value * 16 + digit;
   }
   return value <= most ? value : -1;
