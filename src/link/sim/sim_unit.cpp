@@ -140,6 +140,12 @@ std::int32_t SimUnit::write(const std::uint8_t* buffer, std::int32_t length) {
   } else if (buffer == nullptr || length != kPacketSize || unit.write_faults.count(exchange)) {
     result = 0;
   }
+  // The panel may run on the simulated unit for hours: the trace keeps the
+  // latest exchanges only, far more than one whole operation needs.
+  constexpr std::size_t kTraceLimit = 1u << 20;
+  if (unit.trace.size() >= kTraceLimit) {
+    unit.trace.erase(unit.trace.begin(), unit.trace.begin() + kTraceLimit / 2);
+  }
   if (result != kPacketSize) {
     entry.ok = false;
     unit.trace.push_back(entry);
