@@ -3,9 +3,9 @@
 #include <sstream>
 
 #include "common/number_text.h"
+#include "fakes.h"
 #include "link/trace_driver.h"
 #include "link/unit_link.h"
-#include "fakes.h"
 #include "scripted_driver.h"
 
 namespace zenta {
