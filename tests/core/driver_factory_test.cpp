@@ -1,84 +1,67 @@
+// Choosing the unit's driver, and the libusb driver where there is one.
 #include <gtest/gtest.h>
 
-#include "env_guard.h"
 #include "link/sim/sim_unit.h"
 #include "platform/driver_factory.h"
+#ifdef ZENTA_HAVE_LIBUSB
+#include "platform/usb_driver.h"
+#endif
 
 namespace zenta {
 namespace {
 
-using testing::EnvGuard;
-
-TEST(DriverFactoryTest, ChoosesTheDriverOfTheUnitNamed) {
+TEST(DriverFactoryTest, ChoosesTheDriverOfTheUnitNamedOrSaysWhyNot) {
   struct Case {
-    const char* unit;
-    const char* sim_chip;  // nullptr: a real unit's driver
+    const char *unit, *sim_chip, *error;  // sim_chip nullptr: no simulated unit; error "": a driver
   };
   const Case cases[] = {
-      {"sim", "16F877A"},       {"sim:16F628A", "16F628A"},
-      {"sim:12f675", "12F675"}, {"sim:none", "none"},
-      {"sim:16F84", "16F84"},
+      {"sim", "16F877A", ""},
+      {"sim:12f675", "12F675", ""},
+      {"sim:none", "none", ""},
+      {"sim:16F999", nullptr, "unknown chip '16F999'"},
+      {"simulated", nullptr, "unknown unit 'simulated'"},
+      {"USB", nullptr, "unknown unit 'USB'"},
 #ifdef ZENTA_HAVE_LIBUSB
-      {"usb", nullptr},         {"", nullptr},
+      {"usb", nullptr, ""},
+      {"", nullptr, ""},
+#else
+      {"usb", nullptr, "no USB driver"},
 #endif
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.unit);
-    DriverChoice choice = make_driver(c.unit);
-    ASSERT_NE(choice.driver, nullptr) << choice.error;
-    EXPECT_EQ(choice.error, "");
+    const DriverChoice choice = make_driver(c.unit);
+    EXPECT_EQ(choice.driver != nullptr, *c.error == '\0');
+    EXPECT_NE(choice.error.find(c.error), std::string::npos) << choice.error;
+    EXPECT_EQ(choice.error.empty(), *c.error == '\0') << choice.error;
     EXPECT_EQ(choice.simulated, c.sim_chip != nullptr);
-    auto* sim = dynamic_cast<sim::SimUnit*>(choice.driver.get());
-    EXPECT_EQ(sim != nullptr, c.sim_chip != nullptr);
-    if (sim) {
-      EXPECT_EQ(sim->chip().name, c.sim_chip);
-    }
+    const auto* sim = dynamic_cast<sim::SimUnit*>(choice.driver.get());
+    EXPECT_STREQ(sim ? sim->chip().name.c_str() : nullptr, c.sim_chip);
   }
-}
-
-TEST(DriverFactoryTest, UnknownUnitsSayWhy) {
-  struct Case {
-    const char* unit;
-    const char* says;
-  };
-  const Case cases[] = {
-      {"sim:16F999", "unknown chip '16F999'"},
-      {"sim:", "unknown chip ''"},
-      {"simulated", "unknown unit 'simulated'"},
-      {"USB", "unknown unit 'USB'"},
-      {"usb:1", "unknown unit"},
-#ifndef ZENTA_HAVE_LIBUSB
-      {"usb", "no USB driver"},
-#endif
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.unit);
-    DriverChoice choice = make_driver(c.unit);
-    EXPECT_EQ(choice.driver, nullptr);
-    EXPECT_FALSE(choice.simulated);
-    EXPECT_NE(choice.error.find(c.says), std::string::npos) << choice.error;
-  }
-  // An unknown chip's message lists the chips there are.
-  EXPECT_NE(make_driver("sim:x").error.find("16F628A"), std::string::npos);
+  EXPECT_NE(make_driver("sim:x").error.find("16F628A"), std::string::npos)
+      << "an unknown chip's message lists the chips there are";
 }
 
 #ifdef ZENTA_HAVE_LIBUSB
-TEST(DriverFactoryTest, MalformedUsbIdStopsTheUsbDriver) {
-  EnvGuard bad("ZENTA_USB_ID", "nope");
-  DriverChoice choice = make_driver("usb");
-  EXPECT_EQ(choice.driver, nullptr);
-  EXPECT_NE(choice.error.find("ZENTA_USB_ID"), std::string::npos) << choice.error;
+TEST(UsbDriverTest, ParsesVendorAndProductOrRefuses) {
+  EXPECT_EQ(parse_usb_id("04d8:000a"), (UsbId{0x04D8, 0x000A}));
+  EXPECT_EQ(parse_usb_id("aBcD:EfFe"), (UsbId{0xABCD, 0xEFFE}));
+  EXPECT_EQ(parse_usb_id("1:2"), (UsbId{0x0001, 0x0002}));
+  for (const char* bad : {"", "04d8:", "04d8:000a:1", "12345:0001", "0x04:0x0a", " 04d8:000a"}) {
+    EXPECT_EQ(parse_usb_id(bad), std::nullopt) << "'" << bad << "'";
+  }
+}
+
+TEST(UsbDriverTest, NoUnitGivesOpenErrorAndNothingIsOpen) {
+  UsbDriver driver(UsbId{0x0000, 0x0000});  // no device anywhere has this id
+  std::uint8_t packet[8] = {0x3F};
+  EXPECT_EQ(driver.open(), kDriverOpenError);
+  EXPECT_EQ(driver.write(packet, 8), kDriverNotOpen);
+  EXPECT_EQ(driver.read(packet, 8), kDriverNotOpen);
+  EXPECT_EQ(driver.open(), kDriverOpenError) << "a second try starts over";
+  driver.close();
 }
 #endif
-
-TEST(DriverFactoryTest, UnitComesFromTheEnvironment) {
-  {
-    EnvGuard unset("ZENTA_UNIT", nullptr);
-    EXPECT_EQ(unit_spec_from_environment(), "");
-  }
-  EnvGuard set("ZENTA_UNIT", "sim:16F84A");
-  EXPECT_EQ(unit_spec_from_environment(), "sim:16F84A");
-}
 
 }  // namespace
 }  // namespace zenta

@@ -1,128 +1,50 @@
-// The simulated unit as a driver: its trace, its unit commands and the
-// faults a test can inject, seen through the link as the panel sees them.
+// The simulated unit as the panel's peer: faults injected into its
+// exchanges, its instruments, and its chip saved to and loaded from a file.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <tuple>
+
 #include "sim_rig.h"
+#include "temp_dir.h"
 
 namespace zenta::testing {
 namespace {
 
-TEST(SimExchange, TraceHoldsEveryPacketAndItsReplyInOrder) {
-  SimRig rig;
-  const std::vector<Packet> packets = {
-      {UNIT_VERSION},    {UNIT_VCC, 7},   {UNIT_LED, 1},        {0x20, 1, 2, 3, 4, 5, 6, 7},
-      {UNIT_AD_READ, 3}, {UNIT_WAIT, 10}, {UNIT_MCLR_LEVEL, 1}, {UNIT_MCLR_LEVEL, 3}};
-  rig.send_all(packets);
-  const std::vector<Packet> replies = {{'Z', 'E', 'N', 'T', 'A', ' ', '1', '2'},
-                                       {},
-                                       {},
-                                       {},  // an unknown code is answered with zeros
-                                       {0x0B, 0x53},
-                                       {},
-                                       {},
-                                       {}};
-  const auto& trace = rig.unit.trace();
-  ASSERT_EQ(trace.size(), packets.size());
-  for (std::size_t i = 0; i < packets.size(); ++i) {
-    EXPECT_EQ(trace[i].tx, packets[i]) << i;
-    EXPECT_EQ(trace[i].rx, replies[i]) << i;
-    EXPECT_TRUE(trace[i].ok) << i;
-  }
-  EXPECT_TRUE(rig.unit.vcc());
-  EXPECT_TRUE(rig.unit.led());
-  EXPECT_EQ(rig.unit.mclr_level(), 1) << "a level byte that is no level changes nothing";
-  EXPECT_EQ(rig.link.reply_text.head(), "ZENTA 12");
-  rig.unit.clear_trace();
-  EXPECT_TRUE(rig.unit.trace().empty());
-}
-
-TEST(SimExchange, ABareReadGetsTheLastReplyAgain) {
-  SimRig rig;
-  rig.send({UNIT_AD_READ, 3});
-  rig.send({UNIT_VERSION});
-  rig.link.RxPacket = {};
-  EXPECT_EQ(rig.link.RCVUSB(), kLinkOk);
-  EXPECT_EQ(rig.link.RxPacket, (Packet{'Z', 'E', 'N', 'T', 'A', ' ', '1', '2'}));
-  EXPECT_EQ(rig.unit.trace().size(), 2u);
-}
-
-enum class Fault { kWrite, kRead, kShort };
-
 TEST(SimFaults, AnInjectedFaultTakesTheLinksFailurePathAtExactlyThatExchange) {
   struct Case {
-    Fault fault;
+    void (sim::SimUnit::*inject)(int exchange);
     int at;
     std::string box;
-    bool carried_out;  // the LED command of exchange 3
+    bool led;  // the LED command of exchange 3 carried out
   };
   const std::vector<Case> cases = {
-      {Fault::kWrite, 3, "USB Write Error", false},
-      {Fault::kRead, 3, "USB Read Error", true},
-      {Fault::kShort, 3, "USB Read Error", true},
-      {Fault::kWrite, 1, "USB Write Error", true},  // an earlier fault leaves 3 alone
-      {Fault::kRead, 5, "USB Read Error", true},
+      {&sim::SimUnit::fail_write_at, 3, "USB Write Error", false},
+      {&sim::SimUnit::fail_read_at, 3, "USB Read Error", true},
+      {&sim::SimUnit::short_transfer_at, 3, "USB Read Error", true},
+      {&sim::SimUnit::fail_write_at, 1, "USB Write Error", true},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE("fault at " + std::to_string(c.at));
+  const std::vector<Packet> packets = {
+      {UNIT_VERSION}, {UNIT_AD_READ, 3}, {UNIT_LED, 1}, {UNIT_AD_READ, 1}};
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    SCOPED_TRACE("case " + std::to_string(i));
     SimRig rig;
-    switch (c.fault) {
-      case Fault::kWrite:
-        rig.unit.fail_write_at(c.at);
-        break;
-      case Fault::kRead:
-        rig.unit.fail_read_at(c.at);
-        break;
-      case Fault::kShort:
-        rig.unit.short_transfer_at(c.at);
-        break;
-    }
-    const std::vector<Packet> packets = {
-        {UNIT_VERSION}, {UNIT_AD_READ, 3}, {UNIT_LED, 1}, {UNIT_AD_READ, 1}, {UNIT_AD_READ, 3}};
-    for (int n = 1; n <= static_cast<int>(packets.size()); ++n) {
+    (rig.unit.*c.inject)(c.at);
+    for (std::size_t n = 1; n <= packets.size(); ++n) {
       const Packet before = rig.link.RxPacket;
-      const std::size_t boxes = rig.host.boxes.size();
-      const std::int16_t status = rig.send(packets[static_cast<std::size_t>(n - 1)]);
-      if (n == c.at) {
-        EXPECT_EQ(status, kLinkFailed) << n;
-        EXPECT_EQ(rig.link.RxPacket, before) << n;
-        ASSERT_EQ(rig.host.boxes.size(), boxes + 1) << n;
-        EXPECT_EQ(rig.host.boxes.back().text, c.box);
-        EXPECT_EQ(rig.host.boxes.back().title, "USB ERROR");
-      } else {
-        EXPECT_EQ(status, kLinkOk) << n;
-        EXPECT_EQ(rig.host.boxes.size(), boxes) << n;
-      }
+      const bool failing = static_cast<int>(n) == c.at;
+      EXPECT_EQ(rig.send(packets[n - 1]), failing ? kLinkFailed : kLinkOk) << n;
+      ASSERT_EQ(rig.host.boxes.size(), static_cast<int>(n) < c.at ? 0u : 1u) << n;
+      ASSERT_EQ(rig.unit.trace().size(), n);
+      EXPECT_EQ(rig.unit.trace().back().tx, packets[n - 1]);
+      EXPECT_EQ(rig.unit.trace().back().ok, !failing) << n;
+      EXPECT_EQ(rig.link.RxPacket, failing ? before : rig.unit.trace().back().rx) << n;
     }
-    EXPECT_EQ(rig.unit.led(), c.carried_out);
-    const auto& trace = rig.unit.trace();
-    ASSERT_EQ(trace.size(), packets.size());
-    for (std::size_t i = 0; i < trace.size(); ++i) {
-      EXPECT_EQ(trace[i].ok, static_cast<int>(i) + 1 != c.at) << i;
-      EXPECT_EQ(trace[i].tx, packets[i]) << i;
-    }
-    EXPECT_EQ(rig.link.failures(), 1u);
+    EXPECT_EQ(rig.host.boxes[0].text, c.box);
+    EXPECT_EQ(rig.host.boxes[0].title, "USB ERROR");
+    EXPECT_EQ(rig.unit.led(), c.led);
   }
-}
-
-TEST(SimFaults, ReadFaultsLeaveTheCallersBufferOrCutTheTransfer) {
-  sim::SimUnit unit;
-  unit.fail_read_at(1);
-  unit.short_transfer_at(2);
-  const Packet version{UNIT_VERSION};
-  Packet buffer;
-  buffer.fill(0xAA);
-  ASSERT_EQ(unit.write(version.data(), 8), 8);
-  EXPECT_EQ(unit.read(buffer.data(), 8), 0);
-  EXPECT_EQ(buffer, (Packet{0xAA, 0xAA, 0xAA, 0xAA, 0xAA, 0xAA, 0xAA, 0xAA}));
-  ASSERT_EQ(unit.write(version.data(), 8), 8);
-  EXPECT_EQ(unit.read(buffer.data(), 8), 7);
-  EXPECT_EQ(buffer, (Packet{'Z', 'E', 'N', 'T', 'A', ' ', '1', 0xAA}));
-  // The fault belongs to that exchange only.
-  ASSERT_EQ(unit.write(version.data(), 8), 8);
-  EXPECT_EQ(unit.read(buffer.data(), 8), 8);
-  // A packet of another length is not carried out.
-  EXPECT_EQ(unit.write(version.data(), 7), 0);
-  EXPECT_FALSE(unit.trace().back().ok);
 }
 
 TEST(SimFaults, AnUnpluggedUnitFailsEveryOpenWriteAndRead) {
@@ -130,14 +52,96 @@ TEST(SimFaults, AnUnpluggedUnitFailsEveryOpenWriteAndRead) {
   EXPECT_EQ(rig.link.open_driver(), kDriverOk);
   rig.unit.unplug();
   EXPECT_EQ(rig.link.open_driver(), kDriverOpenError);
-  EXPECT_EQ(rig.link.USBMSG(), "Driver Open:NG(ドライバオープンエラー)");
   EXPECT_EQ(rig.send({UNIT_VCC, 1}), kLinkFailed);
   EXPECT_EQ(rig.host.boxes.back().text, "USB Write Error");
   EXPECT_FALSE(rig.unit.vcc());
   EXPECT_EQ(rig.link.RCVUSB(), kLinkFailed);
   EXPECT_EQ(rig.host.boxes.back().text, "Read Error");
-  ASSERT_EQ(rig.unit.trace().size(), 1u);
-  EXPECT_FALSE(rig.unit.trace()[0].ok);
+}
+
+TEST(SimInstruments, AdChannelsReadTheirInputsAndChannel0FollowsMclr) {
+  SimRig rig;
+  for (const auto [mclr, channel, reading] :
+       std::vector<std::array<int, 3>>{{0, 0, 0}, {1, 0, 2899}, {2, 0, 7537}, {2, 1, 1449}}) {
+    rig.send({UNIT_MCLR_LEVEL, static_cast<std::uint8_t>(mclr)});
+    rig.send({UNIT_AD_READ, static_cast<std::uint8_t>(channel)});
+    EXPECT_EQ(rig.word_of_reply(0), reading) << "MCLR " << mclr << " channel " << channel;
+  }
+}
+
+TEST(SimInstruments, LogicCaptureShowsTheSquareWaveFromTheTriggerEdge) {
+  // The signal is 1 ms high, 1 ms low; the period byte counts 0.1 ms.
+  const std::vector<std::tuple<std::uint8_t, std::uint8_t, std::string>> cases = {
+      {1, 1, "111111111100000000001"}, {1, 0, "000000000011111111110"}, {5, 0, "00110"}};
+  SimRig rig;
+  for (const auto& [period, positive, first] : cases) {
+    SCOPED_TRACE("period " + std::to_string(period) + (positive ? " POS" : " NEG"));
+    rig.send({UNIT_LA_START, period, positive});
+    std::array<std::uint8_t, 64> bytes{};
+    for (std::uint8_t k = 0; k < 8; ++k) {
+      rig.send({UNIT_LA_READ, k});
+      std::copy(rig.link.RxPacket.begin(), rig.link.RxPacket.end(), bytes.begin() + 8 * k);
+    }
+    // Unpacked as the logic view does: sample 8j + n is bit n of byte 59 - j.
+    std::string samples;
+    for (int s = 0; s < 480; ++s) samples += (bytes[59 - s / 8] >> (s % 8)) & 1 ? '1' : '0';
+    EXPECT_EQ(samples.substr(0, first.size()), first);
+    EXPECT_EQ(std::count(samples.begin(), samples.end(), '1'), 240);
+    EXPECT_EQ(std::count(bytes.begin() + 60, bytes.end(), 0), 4);
+  }
+}
+
+TEST(SimInstruments, FrequencyCountsTheInputDuringTheGateAndFlagsOverflow) {
+  // Gate byte 0: 0.1 s, any other: 1 s.
+  const std::vector<std::tuple<std::uint32_t, std::uint8_t, Packet>> cases = {
+      {12500, 1, {0x30, 0xD4, 0}}, {655350, 0, {0xFF, 0xFF, 0}}, {700000, 0, {0x11, 0x70, 1}}};
+  SimRig rig;
+  for (const auto& [hz, gate, reply] : cases) {
+    rig.unit.set_input_frequency(hz);
+    rig.send({UNIT_FREQ, gate});
+    EXPECT_EQ(rig.link.RxPacket, reply) << hz << " Hz, gate " << +gate;
+  }
+}
+
+TEST(SimInstruments, EventCounterCountsEveryExchangeWhileStarted) {
+  const Packet read{UNIT_COUNTER, kCounterRead};
+  SimRig rig;
+  rig.send_all({{UNIT_COUNTER, kCounterStart}, read});  // counts from the exchange after the start
+  EXPECT_EQ(rig.link.RxPacket, (Packet{0, 37, 0}));
+  rig.send_all({{UNIT_WAIT, 4}, {UNIT_COUNTER, kCounterStop}, read});  // the stop still counts
+  EXPECT_EQ(rig.link.RxPacket, (Packet{0, 111, 0}));
+  rig.send(read);
+  EXPECT_EQ(rig.link.RxPacket, (Packet{0, 111, 0})) << "stopped";
+  rig.send_all({{UNIT_COUNTER, kCounterClear}, read});
+  EXPECT_EQ(rig.link.RxPacket, Packet{});
+}
+
+TEST(SimFile, SavedChipLoadsBackAndAWrongOrMalformedFileIsRefused) {
+  TempDir dir;
+  sim::SimUnit unit("12F675");
+  unit.set_program_word(0x3FF, 0x3444);
+  unit.set_program_word(0x2002, 0x0123);
+  unit.set_config_word(0x11D4);
+  unit.set_eeprom_byte(127, 0x5A);
+  ASSERT_TRUE(unit.save(dir.file("chip.txt")));
+  sim::SimUnit other("12f675");
+  ASSERT_TRUE(other.load(dir.file("chip.txt")));
+  for (int a : {0x3FF, 0x2002, 0x2007}) EXPECT_EQ(other.program_word(a), unit.program_word(a));
+  EXPECT_EQ(other.eeprom_byte(127), 0x5A);
+  other.set_program_word(0x3FF, 0x1111);
+
+  const std::string good = read_text(dir.file("chip.txt"));
+  const auto replace = [&](const std::string& from, const std::string& to) {
+    std::string text = good;
+    return text.replace(text.find(from), from.size(), to);  // throws when `from` is missing
+  };
+  const std::size_t row1 = good.find("p 0008");
+  for (const std::string& bad : {replace("chip 12F675", "chip 12F629"), replace("3444", "4444"),
+                                 replace(good.substr(row1, good.find("p 0010") - row1), "")}) {
+    write_text(dir.file("bad.txt"), bad);
+    EXPECT_FALSE(other.load(dir.file("bad.txt")));
+    EXPECT_EQ(other.program_word(0x3FF), 0x1111) << "kept";
+  }
 }
 
 }  // namespace

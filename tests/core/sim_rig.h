@@ -24,34 +24,15 @@ struct SimRig {
   void send_all(const std::vector<Packet>& packets) {
     for (const Packet& p : packets) send(p);
   }
-  // Supply on, then MCLR 0 V, lines 1, MCLR Vpp.
+  // Supply on, then the entry into programming mode: MCLR 0 V, lines 1, MCLR Vpp.
   void power_and_enter() {
-    send({UNIT_VCC, 1});
-    enter();
+    send_all({{UNIT_VCC, 1}, {UNIT_MCLR_LEVEL, 0}, {UNIT_PGM_LINES, 1}, {UNIT_MCLR_LEVEL, 2}});
   }
-  void enter() { send_all({{UNIT_MCLR_LEVEL, 0}, {UNIT_PGM_LINES, 1}, {UNIT_MCLR_LEVEL, 2}}); }
   void leave() { send_all({{UNIT_MCLR_LEVEL, 1}, {UNIT_PGM_LINES, 1}}); }
   int word_of_reply(int k) const { return link.RxPacket[2 * k] * 256 + link.RxPacket[2 * k + 1]; }
-  // One word at the chip's address (ICSP_READ_DATA 1).
   int read_word() {
     send({ICSP_READ_DATA, 1});
     return word_of_reply(0);
-  }
-  // The chip's address to configuration word 0x2000 + offset.
-  void go_to_config(int offset) {
-    send({ICSP_LOAD_CONFIG, 0x3F, 0xFF});
-    for (int i = 0; i < offset; ++i) send({ICSP_INC_ADDR, 0});
-  }
-  // Program words 0..count-1 read back four at a time, as the program read does.
-  std::vector<int> read_program(int count) {
-    std::vector<int> words;
-    while (static_cast<int>(words.size()) < count) {
-      send({ICSP_READ_DATA, 4});
-      for (int k = 0; k < 4; ++k) words.push_back(word_of_reply(k));
-      send({ICSP_INC_ADDR, 0});
-    }
-    words.resize(static_cast<std::size_t>(count));
-    return words;
   }
 
   sim::SimUnit unit;
