@@ -43,8 +43,6 @@ struct PanelRig {
     for (const auto& exchange : unit.trace()) packets.push_back(exchange.tx);
     return packets;
   }
-  // Exchanges so far, to place an injected fault at a later one.
-  int exchanges() { return static_cast<int>(form.link().exchanges()); }
   std::vector<std::string> box_texts() const {
     std::vector<std::string> texts;
     for (const auto& box : host.boxes) texts.push_back(box.text);
