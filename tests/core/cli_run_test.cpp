@@ -5,9 +5,7 @@
 #include <sstream>
 
 #include "cli/cli.h"
-#include "cli/console_host.h"
 #include "common/number_text.h"
-#include "image/hex_loader.h"
 #include "image/hex_writer.h"
 #include "link/command_codes.h"
 #include "link/sim/sim_unit.h"
@@ -22,41 +20,27 @@ using zenta::testing::TempDir;
 
 struct Outcome {
   int status = -1;
-  std::string out;
-  std::string err;
+  std::string out, err;
 };
 
 Outcome run_on(DriverChoice& choice, const std::vector<std::string>& args) {
   const ParseResult parsed = parse_arguments(args);
   EXPECT_TRUE(parsed.ok()) << parsed.error;
   std::ostringstream out, err;
-  Outcome result;
-  result.status = run_with_driver(parsed.options, choice, out, err, false);
-  result.out = out.str();
-  result.err = err.str();
-  return result;
+  const int status = run_with_driver(parsed.options, choice, out, err, false);
+  return {status, out.str(), err.str()};
 }
 
-DriverChoice sim_choice(const std::string& chip) {
+// A simulated unit with `chip` in its socket, handed to the program.
+struct SimRun {
+  explicit SimRun(const std::string& chip) : unit(new sim::SimUnit(chip)) {
+    choice.driver.reset(unit);
+    choice.simulated = true;
+  }
+  Outcome operator()(const std::vector<std::string>& args) { return run_on(choice, args); }
+  sim::SimUnit* unit;
   DriverChoice choice;
-  choice.driver = std::make_unique<sim::SimUnit>(chip);
-  choice.simulated = true;
-  return choice;
-}
-
-sim::SimUnit& sim_of(DriverChoice& choice) {
-  return static_cast<sim::SimUnit&>(*choice.driver);
-}
-
-std::vector<Packet> sent(const sim::SimUnit& unit) {
-  std::vector<Packet> packets;
-  for (const auto& exchange : unit.trace()) packets.push_back(exchange.tx);
-  return packets;
-}
-
-bool contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
+};
 
 // The identification's packets: programming mode, configuration space,
 // six steps to the ID word, a pause, one word read, and back.
@@ -72,25 +56,21 @@ std::vector<Packet> read_devid_packets() {
 }
 
 TEST(CliRunTest, IdSelectsTheDeviceThenReadsTheIdWithTheSupplyOn) {
-  struct Case {
+  const struct {
     const char* chip;
-    const char* device;
+    std::vector<std::string> args;
     const char* name;  // as the panel's ID table names it
+  } cases[] = {
+      {"12F675", {"--device", "12F629/675", "id"}, "12F675"},
+      {"16F819", {"id", "--device", "7"}, "16F819"},
+      {"none", {"id"}, "16F84"},  // an empty socket reads as all ones
   };
-  const Case cases[] = {
-      {"16F877A", "", "16F877A"},
-      {"12F675", "12F629/675", "12F675"},
-      {"16F819", "7", "16F819"},
-      {"none", "", "16F84"},  // an empty socket reads as all ones
-  };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.chip);
-    DriverChoice choice = sim_choice(c.chip);
-    std::vector<std::string> args = {"id"};
-    if (*c.device) args.insert(args.end(), {"--device", c.device});
-    const Outcome result = run_on(choice, args);
+    SimRun run(c.chip);
+    const Outcome result = run(c.args);
     EXPECT_EQ(result.status, kExitOk) << result.err;
-    const int id = std::string(c.chip) == "none" ? 0x3FFF : sim_of(choice).device_id_word();
+    const int id = c.args.size() > 1 ? run.unit->device_id_word() : 0x3FFF;
     EXPECT_EQ(result.out, "Device=" + std::string(c.name) + " (" + hex_text(id >> 8) +
                               hex_text(id & 0xFF) + ")\n");
     // The selection's own identification runs unpowered; the command's in between
@@ -99,154 +79,77 @@ TEST(CliRunTest, IdSelectsTheDeviceThenReadsTheIdWithTheSupplyOn) {
     expected.push_back({UNIT_VCC, 1});
     for (const Packet& p : read_devid_packets()) expected.push_back(p);
     expected.push_back({UNIT_VCC, 0});
-    EXPECT_EQ(sent(sim_of(choice)), expected);
+    std::vector<Packet> sent;
+    for (const auto& exchange : run.unit->trace()) sent.push_back(exchange.tx);
+    EXPECT_EQ(sent, expected);
   }
 }
 
 TEST(CliRunTest, WriteTakesTheConfigurationWordFromOptionFileOrDevice) {
-  struct Case {
-    const char* name;
+  const struct {
     std::vector<std::string> options;
     std::optional<std::uint16_t> file_config;
     int chip_config;
     const char* says;
+  } cases[] = {
+      {{"--config", "3F39"}, 0x3F3A, 0x3F39, "3F39 (from --config)"},
+      {{}, 0x3F3A, 0x3F3A, "3F3A (from the file)"},
+      {{}, 0x3FFF, 0x3F3B, "3F3B (the device's default)"},  // a blank word in the file
+      {{}, std::nullopt, 0x3F3B, "3F3B (the device's default)"},
   };
-  const Case cases[] = {
-      {"option over file", {"--config", "3F39"}, 0x3F3A, 0x3F39, "3F39 (from --config)"},
-      {"file", {}, 0x3F3A, 0x3F3A, "3F3A (from the file)"},
-      {"blank word in the file", {}, 0x3FFF, 0x3F3B, "3F3B (the device's default)"},
-      {"device default", {}, std::nullopt, 0x3F3B, "3F3B (the device's default)"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.says);
     TempDir dir;
     std::vector<HexWord> words = {{0, 0x2805}, {1, 0x0000}, {5, 0x3FFE}};
     if (c.file_config) words.push_back({0x2007, *c.file_config});
     zenta::testing::write_text(dir.file("p.hex"), format_inhx8m(words));
-    DriverChoice choice = sim_choice("16F877A");
+    SimRun run("16F877A");
     std::vector<std::string> args = {"write", dir.file("p.hex")};
     args.insert(args.end(), c.options.begin(), c.options.end());
-    const Outcome result = run_on(choice, args);
+    const Outcome result = run(args);
     EXPECT_EQ(result.status, kExitOk) << result.err;
-    EXPECT_TRUE(contains(result.out, "Configuration word " + std::string(c.says) + "\n"))
-        << result.out;
-    EXPECT_TRUE(contains(result.out, "Write Complete\n")) << result.out;
-    const sim::SimUnit& unit = sim_of(choice);
-    EXPECT_EQ(unit.config_word(), c.chip_config);
-    EXPECT_EQ(unit.program_word(0), 0x2805);
-    EXPECT_EQ(unit.program_word(1), 0x0000);
-    EXPECT_EQ(unit.program_word(5), 0x3FFE);
-    EXPECT_EQ(unit.program_word(7), 0x3FFF);  // nothing of configuration space wrapped onto it
+    EXPECT_EQ(result.out, "Configuration word " + std::string(c.says) + "\nWrite Complete\n");
+    EXPECT_EQ(run.unit->config_word(), c.chip_config);
+    // Word 7 shows that nothing of configuration space wrapped onto it.
+    for (const auto& [address, word] : {std::pair{0, 0x2805}, {1, 0}, {5, 0x3FFE}, {7, 0x3FFF}}) {
+      EXPECT_EQ(run.unit->program_word(address), word) << "word " << address;
+    }
   }
-}
-
-TEST(CliRunTest, ReadEepromSavesTheBytesWhereGputilsPutsThem) {
-  TempDir dir;
-  DriverChoice choice = sim_choice("16F628A");
-  sim_of(choice).set_eeprom_byte(0, 0x12);
-  sim_of(choice).set_eeprom_byte(0x7F, 0x34);
-  const Outcome saved =
-      run_on(choice, {"--device", "16F62xA", "read-eeprom", "-o", dir.file("e.hex")});
-  EXPECT_EQ(saved.status, kExitOk) << saved.err;
-  EXPECT_EQ(saved.out, "EE Read Complete\n");
-  std::istringstream file(zenta::testing::read_text(dir.file("e.hex")));
-  ProgrammerState loaded;
-  blank_program_image(loaded);
-  ASSERT_TRUE(load_hex_records(file, loaded).ok);
-  for (int i = 0; i < 128; ++i) {
-    const int expected = i == 0 ? 0x12 : i == 0x7F ? 0x34 : kBlankWord;
-    ASSERT_EQ(loaded.word(0x2100 + i), expected) << "EEPROM byte " << i;
-  }
-  // The table shows the device's 128 bytes, 16 a line, and then the outcome.
-  const Outcome shown = run_on(choice, {"--device", "16F62xA", "read-eeprom"});
-  EXPECT_EQ(shown.status, kExitOk);
-  EXPECT_TRUE(shown.out.rfind("00: 12 FF", 0) == 0) << shown.out;
-  EXPECT_TRUE(contains(shown.out, "\n70: FF FF FF FF FF FF FF FF FF FF FF FF FF FF FF 34\nEE "))
-      << shown.out;
 }
 
 TEST(CliRunTest, FailuresGiveTheirExitStatus) {
-  {
-    SCOPED_TRACE("failed exchange");
-    DriverChoice choice = sim_choice("16F877A");
-    sim_of(choice).fail_read_at(2);
-    const Outcome result = run_on(choice, {"erase"});
-    EXPECT_EQ(result.status, kExitFailed);
-    EXPECT_TRUE(contains(result.err, "USB ERROR: USB Read Error\n")) << result.err;
-    EXPECT_TRUE(contains(result.err, "1 exchange with the unit failed")) << result.err;
-    EXPECT_EQ(result.out, "Chip Erase Complete\n");
+  TempDir dir;
+  ASSERT_TRUE(sim::SimUnit("16F84A").save(dir.file("m84.txt")));
+  const struct {
+    int fail_read_at;  // 0: none; -1: the unit unplugged
+    std::vector<std::string> args;
+    int status;
+    const char* says;
+    int exchanges;  // how many reached the unit; -1: not pinned
+  } cases[] = {
+      {2, {"erase"}, kExitFailed, "zenta: 1 exchange with the unit failed\n", -1},
+      {-1, {"version"}, kExitNoUnit, "Unit not Found", 0},
+      {0, {"write", dir.file("missing.hex")}, kExitFailed, "FILE ERROR: Can't Open or Read", 14},
+      {0, {"--sim-memory", dir.file("m84.txt"), "id"}, kExitFailed, "", 0},  // another chip's
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.args.back());
+    SimRun run("16F877A");
+    if (c.fail_read_at > 0) run.unit->fail_read_at(c.fail_read_at);
+    if (c.fail_read_at < 0) run.unit->unplug();
+    const Outcome result = run(c.args);
+    EXPECT_EQ(result.status, c.status);
+    EXPECT_NE(result.err.find(c.says), std::string::npos) << result.err;
+    if (c.exchanges >= 0) {
+      EXPECT_EQ(run.unit->trace().size(), std::size_t(c.exchanges));
+    }
   }
-  {
-    SCOPED_TRACE("unplugged unit");
-    DriverChoice choice = sim_choice("16F877A");
-    sim_of(choice).unplug();
-    const Outcome result = run_on(choice, {"version"});
-    EXPECT_EQ(result.status, kExitNoUnit);
-    EXPECT_TRUE(contains(result.err, "Unit not Found")) << result.err;
-    EXPECT_TRUE(contains(result.err, "--unit sim")) << result.err;
-    EXPECT_EQ(result.out, "");
-  }
-  {
-    SCOPED_TRACE("unreadable HEX file");
-    TempDir dir;
-    DriverChoice choice = sim_choice("16F877A");
-    const Outcome result = run_on(choice, {"write", dir.file("missing.hex")});
-    EXPECT_EQ(result.status, kExitFailed);
-    EXPECT_TRUE(contains(result.err, "FILE ERROR: Can't Open or Read the FILE")) << result.err;
-    // Only the selection's identification reached the unit.
-    EXPECT_EQ(sent(sim_of(choice)), read_devid_packets());
-  }
-  {
-    SCOPED_TRACE("memory file of another chip");
-    TempDir dir;
-    ASSERT_TRUE(sim::SimUnit("16F84A").save(dir.file("m.txt")));
-    DriverChoice choice = sim_choice("16F877A");
-    const Outcome result = run_on(choice, {"--sim-memory", dir.file("m.txt"), "id"});
-    EXPECT_EQ(result.status, kExitFailed);
-    EXPECT_TRUE(sim_of(choice).trace().empty());
-  }
-  {
-    SCOPED_TRACE("simulated memories with a real unit");
-    DriverChoice choice;
-    auto driver = std::make_unique<zenta::testing::ScriptedDriver>();
-    auto* scripted = driver.get();
-    choice.driver = std::move(driver);
-    const Outcome result = run_on(choice, {"--sim-memory", "m.txt", "id"});
-    EXPECT_EQ(result.status, kExitUsage);
-    EXPECT_EQ(scripted->opens, 0);
-  }
-}
-
-TEST(ConsoleHostTest, BarOnlyOnATerminalAndRepeatedMessagesCounted) {
-  MainView view;
-  std::ostringstream plain_err;
-  ConsoleHost plain(plain_err, false);
-  plain.attach(view);
-  view.progress = {50, 100};
-  plain.process_events();
-  EXPECT_EQ(plain_err.str(), "");
-
-  std::ostringstream err;
-  ConsoleHost host(err, true);
-  host.attach(view);
-  host.process_events();
-  EXPECT_EQ(err.str(), "\r[" + std::string(20, '#') + std::string(20, ' ') + "] 50%");
-  err.str("");
-  host.process_events();  // same percentage: nothing redrawn
-  EXPECT_EQ(err.str(), "");
-  for (int i = 0; i < 3; ++i) host.message_box("USB Write Error", "USB ERROR", MessageIcon::kStop);
-  host.message_box("Verify Data ERROR", "VERIFY ERROR", MessageIcon::kStop);
-  const std::string blank = '\r' + std::string(48, ' ') + '\r';
-  EXPECT_EQ(err.str(), blank +
-                           "USB ERROR: USB Write Error\n  (2 more times)\n"
-                           "VERIFY ERROR: Verify Data ERROR\n");
-  err.str("");
-  view.progress = {100, 100};
-  host.process_events();
-  view.progress = {};
-  host.process_events();
-  EXPECT_EQ(err.str(), "\r[" + std::string(40, '#') + "] 100%" + blank);
-  EXPECT_EQ(host.message_count(), 4);
+  // Simulated memories asked of a real unit: bad usage, the unit left closed.
+  DriverChoice choice;
+  auto* scripted = new zenta::testing::ScriptedDriver();
+  choice.driver.reset(scripted);
+  EXPECT_EQ(run_on(choice, {"--sim-memory", "m.txt", "id"}).status, kExitUsage);
+  EXPECT_EQ(scripted->opens, 0);
 }
 
 }  // namespace

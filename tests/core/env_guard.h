@@ -11,23 +11,16 @@ class EnvGuard {
  public:
   EnvGuard(const char* name, const char* value) : name_(name) {
     if (const char* old = std::getenv(name)) old_ = old;
-    if (value) {
-      setenv(name, value, 1);
-    } else {
-      unsetenv(name);
-    }
+    set(name, value);
   }
-  ~EnvGuard() {
-    if (old_) {
-      setenv(name_.c_str(), old_->c_str(), 1);
-    } else {
-      unsetenv(name_.c_str());
-    }
-  }
+  ~EnvGuard() { set(name_.c_str(), old_ ? old_->c_str() : nullptr); }
   EnvGuard(const EnvGuard&) = delete;
   EnvGuard& operator=(const EnvGuard&) = delete;
 
  private:
+  static void set(const char* name, const char* value) {
+    value ? setenv(name, value, 1) : unsetenv(name);
+  }
   std::string name_;
   std::optional<std::string> old_;
 };
