@@ -11,7 +11,7 @@
 
 namespace zenta::sim {
 
-inline constexpr int kConfigBase = 0x2000;    // first address of configuration space
+inline constexpr int kConfigBase = 0x2000;  // first address of configuration space
 inline constexpr int kConfigWordAddress = 0x2007;
 inline constexpr int kDeviceIdAddress = 0x2006;
 inline constexpr int kUserIdCount = 4;  // 0x2000-0x2003
