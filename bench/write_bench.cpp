@@ -24,6 +24,14 @@ class QuietHost : public Host {
   std::string current_folder() const override { return "."; }
 };
 
+// What the protocol gives for an 8K image without blank rows: LED and supply
+// on and off plus the final 5 V level, the chip erase, 1024 rows of eighteen
+// exchanges, the verify's 2048 reads and 2047 address steps, each with
+// programming mode entered (3) and left (2), and the seventeen exchanges of
+// the configuration word.
+constexpr std::uint64_t kProtocolExchanges =
+    5 + (3 + 1 + 2) + (3 + 1024 * 18 + 2) + (3 + 2048 + 2047 + 2) + 17;
+
 void BM_Full16F877AWrite(benchmark::State& bench) {
   std::uint64_t exchanges = 0;
   for (auto _ : bench) {
@@ -45,6 +53,7 @@ void BM_Full16F877AWrite(benchmark::State& bench) {
 
     bench.PauseTiming();
     exchanges = form.link().exchanges() - before;
+    if (exchanges != kProtocolExchanges) bench.SkipWithError("not the protocol's exchange count");
     if (host.boxes != 0 || form.view().NotesLabel != "Write Complete" ||
         unit.program_word(0x1FFE) != state.word(0x1FFE)) {
       bench.SkipWithError("the write did not go through");
