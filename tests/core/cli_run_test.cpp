@@ -117,6 +117,24 @@ TEST(CliRunTest, WriteTakesTheConfigurationWordFromOptionFileOrDevice) {
   }
 }
 
+// The device entry bounds the EEPROM read: the 16F84A's 64 bytes, table
+// and INHX8M file alike, with the byte at the last address included.
+TEST(CliRunTest, ReadEepromBringsBackTheDevicesBytes) {
+  TempDir dir;
+  SimRun run("16F84A");
+  for (int i = 0; i < 64; ++i) run.unit->set_eeprom_byte(i, (i * 5 + 3) & 0xFF);
+  const Outcome table = run({"--device", "16F84A", "read-eeprom"});
+  EXPECT_EQ(table.status, kExitOk) << table.err;
+  EXPECT_NE(table.out.find("\n30: F3 F8 FD 02 07"), std::string::npos) << table.out;
+  EXPECT_EQ(table.out.find("\n40:"), std::string::npos) << table.out;
+  EXPECT_EQ(run({"--device", "16F84A", "read-eeprom", "-o", dir.file("ee.hex")}).status, kExitOk);
+  std::vector<HexWord> expected;
+  for (std::uint16_t i = 0; i < 64; ++i) {
+    expected.push_back({0x2100u + i, static_cast<std::uint16_t>((i * 5 + 3) & 0xFF)});
+  }
+  EXPECT_EQ(zenta::testing::read_text(dir.file("ee.hex")), format_inhx8m(expected));
+}
+
 TEST(CliRunTest, FailuresGiveTheirExitStatus) {
   TempDir dir;
   ASSERT_TRUE(sim::SimUnit("16F84A").save(dir.file("m84.txt")));
