@@ -65,8 +65,10 @@ TEST(CliEndToEndTest, ChipKeepsWhatWasWrittenAcrossRuns) {
   if (!testing::tool_available("gpasm")) GTEST_SKIP() << "gputils' gpasm is not installed";
   TempDir dir;
   const std::string prog = dir.file("blink.hex");
-  const std::string source = ZENTA_TEST_DATA "/blink/blink_16f877a.asm";
-  ASSERT_EQ(run_command("gpasm -a inhx8m -o " + quoted(prog) + " " + quoted(source)).status, 0);
+  const std::string source = ZENTA_TEST_DATA "/blink.asm";
+  ASSERT_EQ(
+      run_command("gpasm -p p16f877a -a inhx8m -o " + quoted(prog) + " " + quoted(source)).status,
+      0);
   const std::string chip = "--unit sim:16F877A --sim-memory " + quoted(dir.file("m.txt"));
 
   const Result written = zenta(dir, chip + " write " + quoted(prog));

@@ -13,7 +13,7 @@
 namespace zenta::testing {
 namespace {
 
-// Each program is assembled from tests/data/blink/blink_<processor>.asm,
+// Each program is assembled from tests/data/blink.asm for its processor,
 // loaded through the file dialog as a user does, and written with the
 // configuration word of its image.
 TEST(EndToEnd, GpasmProgramOnEveryCatalogueEntry) {
@@ -28,9 +28,8 @@ TEST(EndToEnd, GpasmProgramOnEveryCatalogueEntry) {
     std::string processor = chip;
     for (char& ch : processor) ch = static_cast<char>(std::tolower(ch));
     const std::string hex = dir.file("blink.hex");
-    const CommandResult assembled =
-        run_command("gpasm -w2 -p " + processor + " -o '" + hex + "' '" + ZENTA_TEST_DATA +
-                    "/blink/blink_" + processor + ".asm' 2>&1");
+    const CommandResult assembled = run_command("gpasm -w2 -p " + processor + " -o '" + hex +
+                                                "' '" + ZENTA_TEST_DATA + "/blink.asm' 2>&1");
     ASSERT_EQ(assembled.status, 0) << assembled.out;
     PanelRig rig(chip, device);
     rig.host.open_answers = {hex};

@@ -19,7 +19,7 @@ TEST(MainWindow, OpensAnAssembledImageShowsItInTheBufferAndWritesItIntoTheChip) 
   TempDir dir;
   const std::string hex = dir.file("image.hex");
   ASSERT_EQ(
-      run_command("gpasm -a inhx8m -o '" + hex + "' '" ZENTA_TEST_DATA "/ui_blink.asm'").status, 0);
+      run_command("gpasm -p p16f877a -o '" + hex + "' '" ZENTA_TEST_DATA "/blink.asm'").status, 0);
   const auto image = hex_image(hex);
 
   // The buffer viewer, open while a file is loaded, shows the new words.
