@@ -2,32 +2,18 @@
 // of every chip operation when no USB latency is in the way.
 #include <benchmark/benchmark.h>
 
+#include "core/fakes.h"
 #include "link/command_codes.h"
 #include "link/sim/sim_unit.h"
 #include "link/unit_link.h"
-#include "panel/host.h"
 
 namespace {
-
-class QuietHost : public zenta::Host {
- public:
-  void message_box(const std::string&, const std::string&, zenta::MessageIcon) override {}
-  void process_events() override {}
-  void beep() override {}
-  std::string open_file_dialog(const std::string&) override { return {}; }
-  std::string save_file_dialog(const std::string&) override { return {}; }
-  bool start_program(const std::string&, bool) override { return false; }
-  bool open_url(const std::string&) override { return false; }
-  void show_window(zenta::WindowId) override {}
-  bool window_visible(zenta::WindowId) const override { return false; }
-  std::string current_folder() const override { return {}; }
-};
 
 // The program read's pair: four words, then the address step, in
 // programming mode on a powered 16F877A.
 void BM_SendcmdReadMix(benchmark::State& state) {
   zenta::sim::SimUnit unit("16F877A");
-  QuietHost host;
+  zenta::testing::FakeHost host;
   zenta::UnitLink link(unit, host);
   link.SENDCMD(zenta::UNIT_VCC, 1);
   link.SENDCMD(zenta::UNIT_MCLR_LEVEL, zenta::kMclr0V);

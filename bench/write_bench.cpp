@@ -3,26 +3,12 @@
 // exchanges per write and the host time per exchange.
 #include <benchmark/benchmark.h>
 
+#include "core/fakes.h"
 #include "link/sim/sim_unit.h"
 #include "panel/main_form.h"
 
 namespace zenta {
 namespace {
-
-class QuietHost : public Host {
- public:
-  int boxes = 0;
-  void message_box(const std::string&, const std::string&, MessageIcon) override { ++boxes; }
-  void process_events() override {}
-  void beep() override {}
-  std::string open_file_dialog(const std::string&) override { return {}; }
-  std::string save_file_dialog(const std::string&) override { return {}; }
-  bool start_program(const std::string&, bool) override { return false; }
-  bool open_url(const std::string&) override { return false; }
-  void show_window(WindowId) override {}
-  bool window_visible(WindowId) const override { return false; }
-  std::string current_folder() const override { return "."; }
-};
 
 // What the protocol gives for an 8K image without blank rows: LED and supply
 // on and off plus the final 5 V level, the chip erase, 1024 rows of eighteen
@@ -37,7 +23,7 @@ void BM_Full16F877AWrite(benchmark::State& bench) {
   for (auto _ : bench) {
     bench.PauseTiming();
     sim::SimUnit unit("16F877A");
-    QuietHost host;
+    zenta::testing::FakeHost host;
     MemorySettingsStore store;
     ProgrammerState state;
     MainForm form(unit, host, store, state);
@@ -54,7 +40,7 @@ void BM_Full16F877AWrite(benchmark::State& bench) {
     bench.PauseTiming();
     exchanges = form.link().exchanges() - before;
     if (exchanges != kProtocolExchanges) bench.SkipWithError("not the protocol's exchange count");
-    if (host.boxes != 0 || form.view().NotesLabel != "Write Complete" ||
+    if (!host.boxes.empty() || form.view().NotesLabel != "Write Complete" ||
         unit.program_word(0x1FFE) != state.word(0x1FFE)) {
       bench.SkipWithError("the write did not go through");
     }
