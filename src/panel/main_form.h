@@ -17,6 +17,7 @@
 #include "panel/main_view.h"
 #include "panel/settings_store.h"
 #include "panel/tool_settings.h"
+#include "programming/config_word.h"
 #include "programming/device_catalogue.h"
 
 namespace zenta {
@@ -158,6 +159,7 @@ class MainForm {
 
   // An option handler's new word: bytes, hexadecimal text, bit display.
   void apply_config_word(std::uint16_t word);
+  void toggle_option(bool& box, ConfigOption option, bool checked);
   void set_notes(const std::string& text, std::uint32_t color);
   void set_vcc(bool on);
   void set_led(bool on);

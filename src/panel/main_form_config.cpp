@@ -21,28 +21,27 @@ void MainForm::OSCsel_Click(int index) {
       apply_oscillator(static_cast<std::uint16_t>(state_.ConfigWord), patterns_, index));
 }
 
+// The four check boxes: the box's new state, then its bits of the word.
+void MainForm::toggle_option(bool& box, ConfigOption option, bool checked) {
+  box = checked;
+  apply_config_word(
+      apply_option(static_cast<std::uint16_t>(state_.ConfigWord), patterns_, option, checked));
+}
+
 void MainForm::WDTsel_Click(bool checked) {
-  view_.WDTsel = checked;
-  apply_config_word(apply_option(static_cast<std::uint16_t>(state_.ConfigWord), patterns_,
-                                 ConfigOption::kWdt, checked));
+  toggle_option(view_.WDTsel, ConfigOption::kWdt, checked);
 }
 
 void MainForm::PUTsel_Click(bool checked) {
-  view_.PUTsel = checked;
-  apply_config_word(apply_option(static_cast<std::uint16_t>(state_.ConfigWord), patterns_,
-                                 ConfigOption::kPut, checked));
+  toggle_option(view_.PUTsel, ConfigOption::kPut, checked);
 }
 
 void MainForm::PRTsel_Click(bool checked) {
-  view_.PRTsel = checked;
-  apply_config_word(apply_option(static_cast<std::uint16_t>(state_.ConfigWord), patterns_,
-                                 ConfigOption::kProtect, checked));
+  toggle_option(view_.PRTsel, ConfigOption::kProtect, checked);
 }
 
 void MainForm::BORsel_Click(bool checked) {
-  view_.BORsel = checked;
-  apply_config_word(apply_option(static_cast<std::uint16_t>(state_.ConfigWord), patterns_,
-                                 ConfigOption::kBor, checked));
+  toggle_option(view_.BORsel, ConfigOption::kBor, checked);
 }
 
 void MainForm::ConfigAddrText_Change(const std::string& text) {
