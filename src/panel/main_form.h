@@ -152,7 +152,8 @@ class MainForm {
   void buffer_view_command();
   void read_ad_channel0();
 
-  // Checks before the first packet; each shows its own message box.
+  // Checks before the first packet; each shows its own message box (the
+  // read's check also marks the command refused).
   bool write_range_ok(std::int16_t last_address);
   bool verify_range_ok(const char* title);
   std::optional<std::int16_t> read_end_address();

@@ -15,6 +15,7 @@ std::optional<std::int16_t> MainForm::read_end_address() {
   const auto end = read_hex16(view_.LastAddrText);
   if (end && highest_read_word(*end) < kProgramBufferWords) return end;
   host_.message_box("Last address out of range", "READ ERROR", MessageIcon::kStop);
+  running_.refused = true;
   return std::nullopt;
 }
 
@@ -22,10 +23,7 @@ void MainForm::READ_Click() {
   CommandScope scope(*this);
   if (!scope.started()) return;
   const auto end = read_end_address();
-  if (!end) {
-    running_.refused = true;
-    return;
-  }
+  if (!end) return;
   set_led(true);
   set_vcc(true);
   read_prog(*end);
@@ -42,10 +40,7 @@ void MainForm::READ_PROG() {
   CommandScope scope(*this);
   if (!scope.started()) return;
   const auto end = read_end_address();
-  if (!end) {
-    running_.refused = true;
-    return;
-  }
+  if (!end) return;
   read_prog(*end);
 }
 
