@@ -118,6 +118,19 @@ int verify(Session& s) {
   return outcome.refused || outcome.verify_error ? kExitFailed : kExitOk;
 }
 
+// What a read brought back goes to the -o file as INHX8M, or to standard
+// output as a table; then the notes line.
+int put_read(Session& s, const std::vector<HexWord>& words, const std::string& table) {
+  if (!s.options.output_file.empty()) {
+    if (!save_hex(s, words)) return kExitFailed;
+  } else {
+    s.host.finish();
+    s.out << table;
+  }
+  print_notes(s);
+  return kExitOk;
+}
+
 int read_program(Session& s) {
   MainForm& form = s.form;
   // The read stops before the word at the LAST box's address; without
@@ -130,14 +143,7 @@ int read_program(Session& s) {
   }
   // The read shows the address after the last word it stored.
   const int count = read_hex(form.view().CurrentAddrText).value_or(0);
-  if (!s.options.output_file.empty()) {
-    if (!save_hex(s, program_hex_words(form.state(), count))) return kExitFailed;
-  } else {
-    s.host.finish();
-    s.out << program_table(form.state(), count);
-  }
-  print_notes(s);
-  return kExitOk;
+  return put_read(s, program_hex_words(form.state(), count), program_table(form.state(), count));
 }
 
 int read_eeprom(Session& s) {
@@ -148,14 +154,7 @@ int read_eeprom(Session& s) {
     return kExitFailed;
   }
   const int count = form.state().EepromLastAddress + 1;
-  if (!s.options.output_file.empty()) {
-    if (!save_hex(s, eeprom_hex_words(form.state(), count))) return kExitFailed;
-  } else {
-    s.host.finish();
-    s.out << eeprom_table(form.state(), count);
-  }
-  print_notes(s);
-  return kExitOk;
+  return put_read(s, eeprom_hex_words(form.state(), count), eeprom_table(form.state(), count));
 }
 
 }  // namespace
