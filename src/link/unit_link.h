@@ -7,8 +7,8 @@
 #include <functional>
 #include <string>
 
+#include "common/host.h"
 #include "link/unit_driver.h"
-#include "panel/host.h"
 
 namespace zenta {
 

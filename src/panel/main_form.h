@@ -9,13 +9,13 @@
 #include <optional>
 #include <string>
 
+#include "common/host.h"
+#include "common/settings_store.h"
 #include "image/buffer_view.h"
 #include "image/programmer_state.h"
 #include "link/unit_driver.h"
 #include "link/unit_link.h"
-#include "panel/host.h"
 #include "panel/main_view.h"
-#include "panel/settings_store.h"
 #include "panel/tool_settings.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"

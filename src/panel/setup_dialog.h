@@ -5,7 +5,7 @@
 #include <array>
 #include <string>
 
-#include "panel/settings_store.h"
+#include "common/settings_store.h"
 #include "panel/tool_settings.h"
 
 namespace zenta {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "panel/host.h"
+#include "common/host.h"
 
 namespace zenta {
 

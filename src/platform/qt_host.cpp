@@ -11,7 +11,7 @@
 #include <QStringList>
 #include <QUrl>
 
-#include "panel/host_rules.h"
+#include "platform/host_rules.h"
 
 namespace zenta {
 

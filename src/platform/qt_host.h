@@ -7,7 +7,7 @@
 #include <functional>
 #include <string>
 
-#include "panel/host.h"
+#include "common/host.h"
 #include "platform/qt_window_manager.h"
 
 namespace zenta {

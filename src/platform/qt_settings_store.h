@@ -5,7 +5,7 @@
 // registry on Windows, an INI file under the user's config folder elsewhere).
 #include <QString>
 
-#include "panel/settings_store.h"
+#include "common/settings_store.h"
 
 namespace zenta {
 

@@ -7,7 +7,7 @@
 #include <functional>
 #include <map>
 
-#include "panel/host.h"
+#include "common/host.h"
 
 namespace zenta {
 

@@ -4,7 +4,7 @@
 
 #include <set>
 
-#include "panel/host_rules.h"
+#include "platform/host_rules.h"
 
 namespace zenta {
 namespace {

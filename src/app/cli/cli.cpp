@@ -9,10 +9,10 @@
 
 #include "cli/commands.h"
 #include "cli/console_host.h"
+#include "common/settings_store.h"
 #include "link/sim/sim_unit.h"
 #include "link/trace_driver.h"
 #include "panel/main_form.h"
-#include "panel/settings_store.h"
 #include "platform/driver_factory.h"
 
 #ifdef _WIN32

@@ -6,7 +6,7 @@
 #include <ostream>
 #include <string>
 
-#include "panel/host.h"
+#include "common/host.h"
 #include "panel/main_view.h"
 
 namespace zenta::cli {

@@ -8,7 +8,7 @@
 #include <QTableView>
 #include <algorithm>
 
-#include "panel/ui/widgets.h"
+#include "platform/widgets.h"
 
 namespace zenta {
 

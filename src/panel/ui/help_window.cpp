@@ -3,7 +3,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
-#include "panel/ui/widgets.h"
+#include "platform/widgets.h"
 
 namespace zenta {
 

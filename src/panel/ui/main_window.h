@@ -8,8 +8,8 @@
 #include <functional>
 
 #include "panel/main_form.h"
-#include "panel/ui/widgets.h"
 #include "platform/qt_host.h"
+#include "platform/widgets.h"
 
 class QAction;
 class QGroupBox;

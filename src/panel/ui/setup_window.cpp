@@ -1,6 +1,6 @@
 #include "panel/ui/setup_window.h"
 
-#include "panel/ui/widgets.h"
+#include "platform/widgets.h"
 
 namespace zenta {
 

@@ -3,7 +3,7 @@
 #include <QPixmap>
 
 #include "panel/shell.h"
-#include "panel/ui/widgets.h"
+#include "platform/widgets.h"
 
 namespace zenta {
 

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <string>
 
-#include "panel/host.h"
+#include "common/host.h"
 
 namespace zenta {
 

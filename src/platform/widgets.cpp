@@ -1,4 +1,4 @@
-#include "panel/ui/widgets.h"
+#include "platform/widgets.h"
 
 #include <QMouseEvent>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "panel/host_rules.h"
+#include "platform/host_rules.h"
 
 #include <algorithm>
 #include <cctype>
