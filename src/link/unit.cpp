@@ -1,0 +1,42 @@
+#include "link/unit.h"
+
+#include <vector>
+
+#include "link/command_codes.h"
+
+namespace zenta {
+
+Unit::Unit(UnitDriver& driver, Host& host) : host_(host), link_(driver, host) {}
+
+bool Unit::read_firmware_version() {
+  const bool ok = link_.SENDCMD(UNIT_VERSION) == kLinkOk;
+  firmware_version_ = link_.reply_text.head();
+  return ok;
+}
+
+Unit::Operation::Operation(Unit& unit) : unit_(unit), started_(!unit.busy_) {
+  if (started_) unit_.set_busy(true);
+}
+
+Unit::Operation::~Operation() {
+  if (started_) unit_.set_busy(false);
+}
+
+int Unit::subscribe(std::function<void(bool)> listener) {
+  listeners_[next_listener_] = std::move(listener);
+  return next_listener_++;
+}
+
+void Unit::unsubscribe(int id) {
+  listeners_.erase(id);
+}
+
+void Unit::set_busy(bool busy) {
+  busy_ = busy;
+  // A listener may unsubscribe itself (a window closing), so call a copy.
+  std::vector<std::function<void(bool)>> calls;
+  for (const auto& [id, listener] : listeners_) calls.push_back(listener);
+  for (const auto& call : calls) call(busy);
+}
+
+}  // namespace zenta
