@@ -1,11 +1,11 @@
 // A full 16F877A write (erase, write, verify, configuration word) of an 8K
-// image on the simulated unit, as the WRITE button runs it. Reports the
-// exchanges per write and the host time per exchange.
+// image on the simulated unit, as the WRITE button runs it with the LAST box at the program size.
+// Reports the exchanges per write and the host time per exchange.
 #include <benchmark/benchmark.h>
 
 #include "core/fakes.h"
 #include "link/sim/sim_unit.h"
-#include "panel/main_form.h"
+#include "programming/commands.h"
 
 namespace zenta {
 namespace {
@@ -24,24 +24,24 @@ void BM_Full16F877AWrite(benchmark::State& bench) {
     bench.PauseTiming();
     sim::SimUnit unit("16F877A");
     zenta::testing::FakeHost host;
-    MemorySettingsStore store;
+    Unit opened(unit, host);
+    opened.open();
     ProgrammerState state;
-    MainForm form(unit, host, store, state);
-    form.Form_Load();
-    form.PICsel_Click(1);
+    SilentReport report;
+    ChipOperations ops(opened, state, report);
+    select_device_parameters(state, 1);
     // Every word in use and none blank, so every row is programmed.
     for (int w = 0; w < 0x2000; ++w) state.set_word(w, (w * 7 + 1) % 0x3FFF);
     state.DataLoaded = 1;
-    const std::uint64_t before = form.link().exchanges();
+    const std::uint64_t before = opened.link().exchanges();
     bench.ResumeTiming();
 
-    form.WriteButton_Click();
+    const CommandResult result = run_write(ops, state.ProgramSize);
 
     bench.PauseTiming();
-    exchanges = form.link().exchanges() - before;
+    exchanges = opened.link().exchanges() - before;
     if (exchanges != kProtocolExchanges) bench.SkipWithError("not the protocol's exchange count");
-    if (!host.boxes.empty() || form.view().NotesLabel != "Write Complete" ||
-        unit.program_word(0x1FFE) != state.word(0x1FFE)) {
+    if (!host.boxes.empty() || !result.ok() || unit.program_word(0x1FFE) != state.word(0x1FFE)) {
       bench.SkipWithError("the write did not go through");
     }
     bench.ResumeTiming();

@@ -55,20 +55,29 @@ int main(int argc, char** argv) {
     driver = trace.get();
   }
 
+  // The composition root: the unit, the state, the tool settings and the
+  // viewer models live here and are handed to the parts that use them.
   zenta::QtSettingsStore settings;
   zenta::QtHost host;
-  zenta::MainForm form(*driver, host, settings, zenta::programmer_state());
+  zenta::Unit unit(*driver, host);
+  zenta::ToolSettings tools;
+  zenta::BufferViewModel program_view = zenta::make_program_view();
+  zenta::BufferViewModel eeprom_view = zenta::make_eeprom_view();
+  const zenta::PanelParts parts{unit,  host,         settings,   zenta::programmer_state(),
+                                tools, program_view, eeprom_view};
+  zenta::MainForm form(parts);
   // The start-up runs before any window shows; without a unit the user has
   // been told, and the panel ends.
   if (!form.Form_Load()) return kNoUnit;
 
-  zenta::PanelWindows windows(form, host, choice.simulated);
+  zenta::PanelWindows windows(form, parts, host, choice.simulated);
   windows.main_window().show();
 
   bool pictures_ok = true;
   if (const char* folder = std::getenv("ZENTA_SCREENSHOTS"); folder && *folder) {
-    QTimer::singleShot(300, [&] {
-      pictures_ok = zenta::take_screenshots(windows, host, QString::fromLocal8Bit(folder));
+    // The folder is copied: the timer fires after this block has ended.
+    QTimer::singleShot(300, [&, out = QString::fromLocal8Bit(folder)] {
+      pictures_ok = zenta::take_screenshots(windows, host, out);
     });
   }
   const int status = QApplication::exec();

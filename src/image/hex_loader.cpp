@@ -1,5 +1,9 @@
 #include "image/hex_loader.h"
 
+#include <filesystem>
+#include <fstream>
+
+#include "common/file_names.h"
 #include "common/number_text.h"
 
 namespace zenta {
@@ -93,6 +97,19 @@ HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state) {
   }
   report.ok = !reader.failed();
   return report;
+}
+
+HexLoadReport load_hex_file(const std::string& path, ProgrammerState& state) {
+  blank_program_image(state);
+  state.LastAddress = 0;
+  // The tools write the derived names in their own case (blink.hex for
+  // blink.HEX). A directory opens on some systems but cannot be read.
+  const std::string resolved = resolve_case_insensitive(path);
+  std::error_code error;
+  std::ifstream in;
+  if (!resolved.empty() && !std::filesystem::is_directory(resolved, error)) in.open(resolved);
+  if (!in.is_open()) return {};
+  return load_hex_records(in, state);
 }
 
 }  // namespace zenta

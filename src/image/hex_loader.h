@@ -72,3 +72,13 @@ struct HexLoadReport {
 HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state);
 
 }  // namespace zenta
+
+namespace zenta {
+
+// Opens the file (its derived name matched without regard to case when the
+// exact name is missing), blanks the program image, sets LastAddress to 0
+// and reads the records. The file is closed on every path; a missing file,
+// a folder or an unreadable file gives a report that is not ok.
+HexLoadReport load_hex_file(const std::string& path, ProgrammerState& state);
+
+}  // namespace zenta

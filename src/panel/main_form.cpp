@@ -4,20 +4,33 @@
 
 #include "common/number_text.h"
 #include "link/command_codes.h"
+#include "link/unit_controls.h"
 
 namespace zenta {
 
-MainForm::MainForm(UnitDriver& driver, Host& host, SettingsStore& settings, ProgrammerState& state)
-    : host_(host),
-      settings_(settings),
-      state_(state),
-      link_(driver, host),
-      program_view_(make_program_view()),
-      eeprom_view_(make_eeprom_view()) {
-  link_.on_status_changed = [this] { changed(); };
+MainForm::MainForm(const PanelParts& parts)
+    : unit_(parts.unit),
+      host_(parts.host),
+      settings_(parts.settings),
+      state_(parts.state),
+      tools_(parts.tools),
+      program_view_(parts.program_view),
+      eeprom_view_(parts.eeprom_view),
+      ops_(parts.unit, parts.state, *this) {
+  unit_.link().on_status_changed = [this] { changed(); };
+  // Whoever holds the unit (a chip operation here, an instrument elsewhere),
+  // the commands that would send are shown disabled until it is free.
+  busy_listener_ = unit_.subscribe([this](bool busy) {
+    view_.busy = busy;
+    if (!busy) view_.progress = Progress{};
+    changed();
+  });
 }
 
-MainForm::~MainForm() = default;
+MainForm::~MainForm() {
+  unit_.unsubscribe(busy_listener_);
+  unit_.link().on_status_changed = nullptr;
+}
 
 bool MainForm::Form_Load() {
   // 1. The driver result texts are a constant table (driver_result_texts).
@@ -36,15 +49,15 @@ bool MainForm::Form_Load() {
   view_.width_twips = kFormWidthTwips;
   view_.height_twips = kFormHeightTwips;
   changed();
+  Unit::Operation operation(unit_);
   // 5. Open the unit; without it there is nothing the panel can do.
-  if (link_.open_driver() != 0) {
+  if (unit_.open() != 0) {
     host_.message_box("Unit not Found", "USB ERROR", MessageIcon::kStop);
     return false;
   }
   // 6. Firmware identification: the first exchange, so the reply text holds
   // exactly this reply, or nothing when it failed.
-  link_.SENDCMD(UNIT_VERSION);
-  firmware_version_ = link_.reply_text.head();
+  unit_.read_firmware_version();
   // 7. Device choice.
   restore_device();
   // 8. Tool settings.
@@ -53,11 +66,9 @@ bool MainForm::Form_Load() {
   view_.Label7 = "TopDIR = " + start_folder_;
   view_.Label9 = "Current DIR = " + host_.current_folder();
   // 10. Target supply on.
-  link_.SENDCMD(UNIT_VCC, 1);
-  view_.Command_VCC = "VCC on";
+  ops_.set_supply(true);
   // 11. LED off.
-  link_.SENDCMD(UNIT_LED, 0);
-  view_.Command_LED = "LED off";
+  ops_.set_led(false);
   changed();
   return true;
 }
@@ -91,7 +102,50 @@ void MainForm::load_tool_settings() {
 }
 
 void MainForm::shutdown() {
-  link_.close_driver();
+  unit_.close();
+}
+
+// ---- the operations' reports, shown on the view ----
+
+void MainForm::notes(const std::string& text, std::uint32_t colour) {
+  view_.NotesColor = colour;
+  view_.NotesLabel = text;
+  changed();
+}
+
+void MainForm::current_address(int address) {
+  view_.CurrentAddrText = hex_text(address);
+}
+
+void MainForm::start_address(int address) {
+  StartAddrText_Change(hex_text(address));
+}
+
+void MainForm::progress(int value, int maximum) {
+  view_.progress = Progress{value, maximum};
+}
+
+void MainForm::supply(bool on) {
+  view_.Command_VCC = on ? "VCC on" : "VCC off";
+}
+
+void MainForm::led(bool on) {
+  view_.Command_LED = on ? "LED on" : "LED off";
+}
+
+void MainForm::stop_box(const std::string& text, const std::string& title) {
+  host_.message_box(text, title, MessageIcon::kStop);
+}
+
+void MainForm::let_events_run() {
+  changed();
+  host_.process_events();
+}
+
+CommandResult MainForm::refused() const {
+  CommandResult result;
+  result.refused = true;
+  return result;
 }
 
 }  // namespace zenta

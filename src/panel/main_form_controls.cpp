@@ -1,11 +1,12 @@
 // The unit controls of the test area and the reset button, and Timer1.
 // The controls send their commands at once; like every command that talks
-// to the unit they wait their turn while a chip operation runs, so a click
-// in one of its pauses cannot switch the supply off under a write.
+// to the unit they wait their turn while an operation holds the unit, so a
+// click in one of its pauses cannot switch the supply off under a write
+// (and the window shows them disabled meanwhile).
 #include <string>
 
 #include "common/number_text.h"
-#include "link/command_codes.h"
+#include "link/unit_controls.h"
 #include "panel/main_form.h"
 
 namespace zenta {
@@ -15,54 +16,43 @@ constexpr std::int16_t kResetLampTicks = 5;
 }  // namespace
 
 void MainForm::Command_VCC_Click() {
-  CommandScope scope(*this);
-  if (!scope.started()) return;
+  Unit::Operation operation(unit_);
+  if (!operation) return;
   // The caption is the only record of the supply's state.
-  set_vcc(view_.Command_VCC == "VCC off");
+  ops_.set_supply(view_.Command_VCC == "VCC off");
   changed();
 }
 
 void MainForm::Command_LED_Click() {
-  CommandScope scope(*this);
-  if (!scope.started()) return;
-  set_led(view_.Command_LED == "LED off");
+  Unit::Operation operation(unit_);
+  if (!operation) return;
+  ops_.set_led(view_.Command_LED == "LED off");
   changed();
 }
 
 void MainForm::Command_Vset_Click(int index) {
-  CommandScope scope(*this);
-  if (!scope.started()) return;
-  if (index < kMclr0V || index > kMclrVpp) {
-    running_.refused = true;
-    return;
-  }
-  link_.SENDCMD(UNIT_MCLR_LEVEL, static_cast<std::uint8_t>(index));
+  Unit::Operation operation(unit_);
+  if (!operation || index < kMclr0V || index > kMclrVpp) return;
+  set_mclr_level(unit_.link(), static_cast<MclrLevel>(index));
   read_ad_channel0();
 }
 
 void MainForm::Command_RESET_Click() {
-  CommandScope scope(*this);
-  if (!scope.started()) return;
-  link_.SENDCMD(UNIT_MCLR_LEVEL, kMclr0V);
+  Unit::Operation operation(unit_);
+  if (!operation) return;
+  unit_.link().SENDCMD(UNIT_MCLR_LEVEL, kMclr0V);
   view_.RESET_LAMP = kLampYellow;
   reset_state_ = kResetLampTicks;
-  link_.SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
+  unit_.link().SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
   read_ad_channel0();
 }
 
 void MainForm::read_ad_channel0() {
-  link_.SENDCMD(UNIT_AD_READ, 0);
-  // High byte first. Taken as unsigned 16 bits, so a first byte of 0x80 or
-  // more shows a large reading (65535 shows 1311) rather than a negative
-  // one. After a failed exchange this is what the failed read left.
-  const unsigned reading = link_.RxBuffer[0] * 256u + link_.RxBuffer[1];
+  // Taken as unsigned 16 bits, so a first byte of 0x80 or more shows a
+  // large reading (65535 shows 1311) rather than a negative one.
+  const unsigned reading = read_ad_channel(unit_.link(), 0);
   view_.Text_AD = std::to_string(static_cast<long>(round_half_even(reading / 50.0)));
   changed();
-}
-
-void MainForm::Command_ID_Click() {
-  CommandScope scope(*this);
-  if (scope.started()) read_devid();
 }
 
 void MainForm::Timer1_Timer() {

@@ -1,32 +1,19 @@
 // Device selection and identification of the chip in the socket.
 #include "common/number_text.h"
-#include "link/command_codes.h"
 #include "panel/main_form.h"
-#include "programming/chip_protocol.h"
-#include "programming/device_id.h"
 
 namespace zenta {
 
 void MainForm::PICsel_Click(int index) {
-  CommandScope scope(*this);
-  if (!scope.started()) return;
-  if (index < 0 || index >= kDeviceCount) {
-    running_.refused = true;
-    return;
-  }
+  Unit::Operation operation(unit_);
+  if (!operation || index < 0 || index >= kDeviceCount) return;
   view_.PICsel = index;
   select_device(index);
 }
 
 void MainForm::select_device(int index) {
   const DeviceRecord& record = device_record(index);
-  state_.DeviceFamily = record.family;
-  state_.EraseMode = record.erase_code;
-  state_.WriteMode = record.write_code;
-  state_.ProgramSize = record.program_size;
-  state_.StartAddress = record.start_address;
-  state_.LastAddress = record.last_address;
-  state_.EepromLastAddress = record.eeprom_last_address;
+  select_device_parameters(state_, index);
 
   StartAddrText_Change("0");
   LastAddrText_Change(record.last_address_text);
@@ -38,18 +25,18 @@ void MainForm::select_device(int index) {
 
   // The option controls go back to their reset states without touching the
   // word: the text and the bit display show the device's default.
+  const std::int16_t word = state_.ConfigWord;
   ConfigAddrText_Change(record.default_config_text);
+  state_.ConfigWord = word;
+  state_.ConfigHigh = static_cast<std::int16_t>((word >> 8) & 0xFF);
+  state_.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
   view_.OSCsel = 0;
   view_.PUTsel = false;
   view_.WDTsel = false;
   view_.PRTsel = false;
-
-  state_.ConfigWord = static_cast<std::int16_t>(record.default_config_word);
-  state_.ConfigHigh = static_cast<std::int16_t>(record.default_config_word >> 8);
-  state_.ConfigLow = static_cast<std::int16_t>(record.default_config_word & 0xFF);
   patterns_ = record.patterns;
 
-  read_devid();
+  read_devid(ops_);
 
   // Store the choice only when it differs, so a repeated choice writes
   // nothing. An unreadable store reads as empty text, that is 0.
@@ -62,34 +49,15 @@ void MainForm::select_device(int index) {
   changed();
 }
 
-void MainForm::READ_DEVID() {
-  CommandScope scope(*this);
-  if (scope.started()) read_devid();
+void MainForm::Command_ID_Click() {
+  Unit::Operation operation(unit_);
+  if (operation) read_devid(ops_);
 }
 
-void MainForm::read_devid() {
-  set_notes("Now Reading", kRed);
-  enter_programming_mode(link_);
-  link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
-  // From 0x2000 six steps reach the ID word at 0x2006.
-  for (int i = 0; i < 6; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
-  link_.SENDCMD(UNIT_WAIT, 10);
-  link_.SENDCMD(ICSP_READ_DATA, 1);
-  // Taken from the reply buffer unchecked: after a failed exchange these are
-  // whatever the failed read left there.
-  const int high = link_.RxBuffer[0];
-  const int low = link_.RxBuffer[1];
-  leave_programming_mode(link_, LeaveMode::kAfterWrite);
-
-  state_.DeviceId = high * 256 + low;
-  DEVID_NAME();
-  set_notes("Device=" + state_.DeviceIdName + " (" + hex_text(high) + hex_text(low) + ")", kWhite);
-  view_.Text_Device = state_.DeviceIdName + "  (" + hex_text(state_.DeviceId) + ")";
+void MainForm::read_devid(ChipOperations& ops) {
+  const DeviceIdResult device = ops.READ_DEVID();
+  view_.Text_Device = device.name + "  (" + hex_text(device.id) + ")";
   changed();
-}
-
-void MainForm::DEVID_NAME() {
-  state_.DeviceIdName = device_id_name(static_cast<std::uint16_t>(state_.DeviceId));
 }
 
 }  // namespace zenta

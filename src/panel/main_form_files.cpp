@@ -1,7 +1,4 @@
 // Choosing the target file, deriving its HEX file, and loading HEX images.
-#include <filesystem>
-#include <fstream>
-
 #include "common/file_names.h"
 #include "common/number_text.h"
 #include "image/hex_loader.h"
@@ -20,33 +17,21 @@ std::string characters(const std::string& text, std::size_t position, std::size_
 }
 }  // namespace
 
-void MainForm::LOAD_HEX() {
-  CommandScope scope(*this);
-  if (scope.started()) load_hex();
+bool MainForm::LOAD_HEX() {
+  Unit::Operation operation(unit_);
+  return operation && load_hex();
 }
 
-void MainForm::load_hex() {
-  blank_program_image(state_);
-  state_.LastAddress = 0;
-  HexLoadReport report;
-  {
-    // The tools write the derived names in their own case (blink.hex for
-    // blink.HEX). A directory opens on some systems but cannot be read.
-    const std::string path = resolve_case_insensitive(state_.HexFileName);
-    std::error_code error;
-    std::ifstream in;
-    if (!path.empty() && !std::filesystem::is_directory(path, error)) in.open(path);
-    if (in.is_open()) report = load_hex_records(in, state_);
-  }  // the file is closed here, whatever the outcome
+bool MainForm::load_hex() {
+  const HexLoadReport report = load_hex_file(state_.HexFileName, state_);
   if (report.last_field) view_.Text2 = *report.last_field;
   if (report.last_byte) view_.Text_ADMON = *report.last_byte;
   if (!report.ok) {
     // The buffer keeps the blank image and what was stored before the
     // failure, LastAddress the value reached; the rest stays as it was.
     host_.message_box("Can't Open or Read the FILE", "FILE ERROR", MessageIcon::kStop);
-    running_.load_error = true;
     changed();
-    return;
+    return false;
   }
   state_.DataLoaded = 1;
   view_.CurrentAddrText = hex_text(state_.LastAddress);
@@ -59,13 +44,14 @@ void MainForm::load_hex() {
   StartAddrText_Change(hex_text(start));
   if (host_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
   changed();
+  return true;
 }
 
-void MainForm::F_OpenButton_Click() {
-  CommandScope scope(*this);
-  if (!scope.started()) return;
+bool MainForm::F_OpenButton_Click() {
+  Unit::Operation operation(unit_);
+  if (!operation) return false;
   const std::string path = host_.open_file_dialog(kFileFilter);
-  if (path.empty()) return;
+  if (path.empty()) return false;
   view_.FilenameTextbox = path;
   const std::string last3 = path.size() >= 3 ? path.substr(path.size() - 3) : path;
   const char last = path.back();
@@ -73,23 +59,24 @@ void MainForm::F_OpenButton_Click() {
     // A source file: the user assembles or compiles it, or derives its HEX.
     state_.TargetFileName = path;
     changed();
-    return;
+    return true;
   }
   // Any other ending, mixed case included, loads the HEX file named before.
   if (last3 == "hex" || last3 == "HEX") state_.HexFileName = path;
-  load_hex();
-  set_notes("", kLavender);
+  const bool loaded = load_hex();
+  notes("", kLavender);
+  return loaded;
 }
 
-void MainForm::HexSet_Button_Click() {
-  CommandScope scope(*this);
-  if (!scope.started()) return;
+bool MainForm::HexSet_Button_Click() {
+  Unit::Operation operation(unit_);
+  if (!operation) return false;
   const std::string& target = state_.TargetFileName;
-  if (target.empty()) return;
+  if (target.empty()) return false;
   // The derivation looks at the target name through the length of the file
   // name box, which after a file choice shows the same path.
   const std::size_t n = view_.FilenameTextbox.size();
-  set_notes("Set HEX file", kWhite);
+  notes("Set HEX file", kWhite);
   // A box text shorter than three characters (empty after a program read)
   // matches neither ending: the HEX file named before is loaded again.
   if (n >= 3) {
@@ -102,7 +89,7 @@ void MainForm::HexSet_Button_Click() {
     }
   }
   view_.TEST = state_.HexFileName;
-  load_hex();
+  return load_hex();
 }
 
 }  // namespace zenta

@@ -15,7 +15,7 @@ using testing::read_text;
 using testing::run_command;
 using testing::TempDir;
 
-struct Result : testing::CommandResult {
+struct Result : testing::ProcessResult {
   std::string err;
 };
 

@@ -30,12 +30,32 @@ class PausingHost : public FakeHost {
   }
 };
 
+// The panel's parts around a driver, as the composition root makes them.
+template <class Driver, class HostType = FakeHost, class Store = MemorySettingsStore>
+struct FormParts {
+  Driver driver;
+  HostType host;
+  Store store;
+  ProgrammerState state;
+  ToolSettings tools;
+  BufferViewModel program_view = make_program_view();
+  BufferViewModel eeprom_view = make_eeprom_view();
+  Unit unit{driver, host};
+  MainForm form{{unit, host, store, state, tools, program_view, eeprom_view}};
+};
+
 struct PanelRig {
   PanelRig(const std::string& chip, int device) : unit(chip) {
     form.Form_Load();
     form.PICsel_Click(device);
     host.boxes.clear();
     unit.clear_trace();
+  }
+
+  // One named procedure on the panel's view, as the panel runs it.
+  template <typename Procedure>
+  void run(Procedure procedure) {
+    form.run_procedure([&](ChipOperations& ops) { std::invoke(procedure, ops); });
   }
 
   std::vector<Packet> sent() const {
@@ -53,7 +73,11 @@ struct PanelRig {
   PausingHost host;
   MemorySettingsStore store;
   ProgrammerState state;
-  MainForm form{unit, host, store, state};
+  ToolSettings tools;
+  BufferViewModel program_view = make_program_view();
+  BufferViewModel eeprom_view = make_eeprom_view();
+  Unit opened{unit, host};  // the unit as the panel holds it
+  MainForm form{{opened, host, store, state, tools, program_view, eeprom_view}};
 };
 
 }  // namespace zenta::testing

@@ -28,7 +28,7 @@ TEST(EndToEnd, GpasmProgramOnEveryCatalogueEntry) {
     std::string processor = chip;
     for (char& ch : processor) ch = static_cast<char>(std::tolower(ch));
     const std::string hex = dir.file("blink.hex");
-    const CommandResult assembled = run_command("gpasm -w2 -p " + processor + " -o '" + hex +
+    const ProcessResult assembled = run_command("gpasm -w2 -p " + processor + " -o '" + hex +
                                                 "' '" + ZENTA_TEST_DATA + "/blink.asm' 2>&1");
     ASSERT_EQ(assembled.status, 0) << assembled.out;
     PanelRig rig(chip, device);
@@ -73,12 +73,16 @@ TEST(WriteFailures, VerifyAndConfigurationErrorsStillCompleteTheWrite) {
     rig.unit.set_program_word(9, 0x3009 & ~0x1000);  // a bit the program-only cycle cannot set
     rig.state.WaitTicks = 7;
   };
-  rig.form.WriteButton_Click();
+  const CommandResult written = rig.form.WriteButton_Click();
   ASSERT_EQ(rig.box_texts(), std::vector<std::string>{"Verify Data ERROR"});
   EXPECT_EQ(rig.host.boxes[0].title, "VERIFY ERROR");
   EXPECT_EQ(rig.state.WaitTicks, 0);
   EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
-  EXPECT_TRUE(rig.form.outcome().verify_error);
+  ASSERT_TRUE(written.mismatch);
+  EXPECT_EQ(written.mismatch->address, 9);
+  EXPECT_EQ(written.mismatch->expected, 0x3009);
+  EXPECT_EQ(written.mismatch->read, 0x2009);
+  EXPECT_FALSE(written.ok());
   EXPECT_EQ(rig.unit.config_word(), 0x3F3B);  // the configuration write still ran
 
   rig.form.VerifyButton_Click();
@@ -88,17 +92,18 @@ TEST(WriteFailures, VerifyAndConfigurationErrorsStillCompleteTheWrite) {
   // The next write erases first; now the configuration read-back differs.
   rig.host.boxes.clear();
   rig.host.during_events = [&] { rig.unit.set_config_word(0x0000); };
-  rig.form.WriteButton_Click();
+  const CommandResult rewritten = rig.form.WriteButton_Click();
   EXPECT_EQ(rig.box_texts(), std::vector<std::string>{"Can't Write to Config"});
-  EXPECT_TRUE(rig.form.outcome().config_error);
+  ASSERT_TRUE(rewritten.config);
+  EXPECT_FALSE(rewritten.config->written);
+  EXPECT_EQ(rewritten.config->read_back, 0x0000);
   EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
 }
 
 TEST(WriteFailures, ALinkFailureMidWriteLeavesThePanelUsable) {
   FaultRig rig;
-  rig.unit.fail_write_at(static_cast<int>(rig.form.link().exchanges()) + 30);
-  rig.form.WriteButton_Click();
-  EXPECT_EQ(rig.form.outcome().link_failures, 1u);
+  rig.unit.fail_write_at(static_cast<int>(rig.opened.link().exchanges()) + 30);
+  EXPECT_EQ(rig.form.WriteButton_Click().failed_exchanges, 1u);
   EXPECT_EQ(rig.host.boxes.front().text, "USB Write Error");
   EXPECT_FALSE(rig.form.view().busy);
 
@@ -117,17 +122,19 @@ TEST(OneOperationAtATime, CommandsInAPauseAreRefused) {
     EXPECT_TRUE(rig.form.view().busy);
     seen = rig.form.view().progress;
     packets_before = rig.unit.trace().size();
-    rig.form.VerifyButton_Click();
-    rig.form.READ_Click();
-    rig.form.READ_EEPROM_Click();
-    rig.form.ERASEButton_Click();
+    EXPECT_TRUE(rig.form.VerifyButton_Click().refused);
+    EXPECT_TRUE(rig.form.READ_Click().refused);
+    EXPECT_TRUE(rig.form.READ_EEPROM_Click().refused);
+    EXPECT_TRUE(rig.form.ERASEButton_Click().refused);
     rig.form.Command_ID_Click();
     rig.form.Command_VCC_Click();
+    rig.form.Command_LED_Click();
+    rig.form.Command_RESET_Click();
+    rig.form.Command_Vset_Click(2);
     rig.form.PICsel_Click(3);
-    rig.form.LOAD_HEX();
-    rig.form.WriteButton_Click();
+    EXPECT_FALSE(rig.form.LOAD_HEX());
+    EXPECT_TRUE(rig.form.WriteButton_Click().refused);
     EXPECT_EQ(rig.unit.trace().size(), packets_before);
-    EXPECT_TRUE(rig.form.outcome().refused);
   };
   rig.form.WriteButton_Click();
   EXPECT_GT(seen.maximum, 0);

@@ -98,11 +98,9 @@ TEST(UnitControls, ADReadingIsShownDividedBy50HalfToEven) {
   const std::pair<Packet, const char*> cases[] = {
       {{0x00, 0x00}, "0"}, {{0x04, 0x01}, "20"}, {{0x04, 0x33}, "22"}, {{0xFF, 0xFF}, "1311"}};
   for (const auto& [reply, shown] : cases) {
-    ScriptedDriver driver;
-    FakeHost host;
-    MemorySettingsStore store;
-    ProgrammerState state;
-    MainForm form(driver, host, store, state);
+    FormParts<ScriptedDriver> parts;
+    ScriptedDriver& driver = parts.driver;
+    MainForm& form = parts.form;
     driver.replies = {{}, reply};  // 0x32 0x01, then the A/D reading
     form.Command_Vset_Click(1);
     EXPECT_EQ(driver.written, (std::vector<Packet>{{0x32, 0x01}, {0x39, 0x00}}));

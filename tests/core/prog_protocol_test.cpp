@@ -52,7 +52,7 @@ TEST(ChipErase, SequencePerEraseMode) {
     SCOPED_TRACE(count);
     PanelRig rig("16F877A", device);
     if (erase_mode) rig.state.EraseMode = erase_mode;
-    rig.form.CHIP_ERASE();
+    rig.run(&ChipOperations::CHIP_ERASE);
     EXPECT_EQ(rig.sent(), seq(kEnter, erase, kLeaveRead));
     EXPECT_EQ(rig.sent().size(), count);
     EXPECT_EQ(rig.form.view().NotesLabel, "Chip Erase Complete");
@@ -61,8 +61,9 @@ TEST(ChipErase, SequencePerEraseMode) {
 
 // Operations that leave programming mode as a write does.
 TEST(ChipOperations, WriteVerifyAndIdentificationSequences) {
-  using Op = void (MainForm::*)();
-  const Op write = &MainForm::WRITE_PROG, verify = &MainForm::VERIFY_PROG;
+  using Op = std::function<void(PanelRig&)>;
+  const Op write = [](PanelRig& rig) { rig.run(&ChipOperations::WRITE_PROG); };
+  const Op verify = [](PanelRig& rig) { rig.run(&ChipOperations::VERIFY_PROG); };
   const Packet group = {0x04, 0x04};
   struct Case {
     const char* name;
@@ -89,15 +90,16 @@ TEST(ChipOperations, WriteVerifyAndIdentificationSequences) {
       Case("verify: groups of four up to the last address", verify, 1, 5, {},
            seq(group, kInc, group), "Verify Complete"),
       Case("verify: last address -1", verify, 1, -1, {}, seq(group, kInc), "Verify Complete"),
-      Case("identification", &MainForm::Command_ID_Click, 1, 0, {},
-           seq(kLoadConfig, Packets(6, kStay), kReadWord), "Device=16F877A (E27)")};
+      Case(
+          "identification", [](PanelRig& rig) { rig.form.Command_ID_Click(); }, 1, 0, {},
+          seq(kLoadConfig, Packets(6, kStay), kReadWord), "Device=16F877A (E27)")};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     PanelRig rig("16F877A", c.device);
     blank_program_image(rig.state);
     for (auto [w, value] : c.words) rig.state.set_word(w, value);
     rig.state.LastAddress = static_cast<std::int16_t>(c.last_address);
-    (rig.form.*c.op)();
+    c.op(rig);
     EXPECT_EQ(rig.sent(), seq(kEnter, c.body, kLeaveWrite));
     EXPECT_EQ(rig.form.view().NotesLabel, c.notes);
     if (c.current) {
@@ -113,7 +115,7 @@ TEST(WriteConfig, SequencePerWriteMode) {
     SCOPED_TRACE(device);
     PanelRig rig("16F876", device);
     rig.form.ConfigAddrText_Change("3F3A");
-    rig.form.WRITE_CONFIG();
+    rig.run(&ChipOperations::WRITE_CONFIG);
     EXPECT_EQ(rig.sent(), seq(kEnter, kLoadConfig, Packets(7, kStay), load(0x3F3A), cycle,
                               kReadWord, kLeaveConfig));
     EXPECT_EQ(rig.sent().size(), cycle.size() == 1 ? 17u : 18u);
@@ -154,12 +156,11 @@ TEST(WriteCommand, BracketAndRefusals) {
   rig.state.set_word(0, 0x2805);
   rig.state.DataLoaded = 1;
   rig.state.WaitTicks = 5;
-  rig.form.WriteButton_Click();  // silently refused
+  EXPECT_TRUE(rig.form.WriteButton_Click().refused);  // silently
   rig.state.WaitTicks = 0;
   for (const char* text : {"80000000", "270F"}) {  // beyond 16 bits; past the buffer
     rig.form.view().LastAddrText = text;
-    rig.form.WriteButton_Click();
-    EXPECT_TRUE(rig.form.outcome().refused);
+    EXPECT_TRUE(rig.form.WriteButton_Click().refused);
   }
   EXPECT_TRUE(rig.sent().empty());
   EXPECT_EQ(rig.box_texts(), std::vector<std::string>(2, "Last address out of range"));

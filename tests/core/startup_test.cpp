@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "fakes.h"
-#include "panel/main_form.h"
+#include "panel_rig.h"
 #include "scripted_driver.h"
 
 namespace zenta {
@@ -21,12 +21,7 @@ class CountingStore : public MemorySettingsStore {
   }
 };
 
-struct Panel {
-  ScriptedDriver driver;
-  FakeHost host;
-  CountingStore store;
-  ProgrammerState state;
-  MainForm form{driver, host, store, state};
+struct Panel : testing::FormParts<ScriptedDriver, FakeHost, CountingStore> {
   std::string setting(const char* key) { return store.get(kSettingsApp, kSettingsSection, key); }
   void store_setting(const char* key, const std::string& value) {
     store.save(kSettingsApp, kSettingsSection, key, value);
@@ -65,7 +60,7 @@ TEST(Startup, PacketOrderAndStateOnACleanStore) {
                                        {0x32, 0x01}, {0x31, 0x01}};
   EXPECT_EQ(std::vector<Packet>(sent.begin() + 1, sent.end() - 2), id_read);
 
-  EXPECT_EQ(p.form.FirmwareVersion(), "ZENTA 12");
+  EXPECT_EQ(p.unit.FirmwareVersion(), "ZENTA 12");
   EXPECT_EQ(p.form.view().Command_VCC, "VCC on");
   EXPECT_EQ(p.form.view().Command_LED, "LED off");
   EXPECT_EQ(p.form.view().PICsel, 1);
@@ -77,7 +72,7 @@ TEST(Startup, PacketOrderAndStateOnACleanStore) {
     EXPECT_EQ(p.setting(kToolKeys[i]), defaults[i]) << kToolKeys[i];
   }
   EXPECT_TRUE(p.store.contains("F_EDIT"));
-  EXPECT_EQ(p.form.tools().AsmFolder, "");
+  EXPECT_EQ(p.tools.AsmFolder, "");
   EXPECT_EQ(p.setting("DEVICE"), "1");
   EXPECT_TRUE(p.host.boxes.empty());
 }
@@ -94,8 +89,8 @@ TEST(Startup, ToolSettingsAreReadOrDefaulted) {
     const bool first_run = first.empty();
     EXPECT_EQ(p.setting("CMD_ASM"), first_run ? startup_tool_defaults().AsmCommand : "mine");
     EXPECT_EQ(p.setting("F_EDIT"), first_run ? "" : "mine");
-    EXPECT_EQ(p.form.tools().AsmCommand, first_run ? "" : "mine");
-    EXPECT_EQ(p.form.tools().AsmFolder, first_run ? "" : "/opt/asm");
+    EXPECT_EQ(p.tools.AsmCommand, first_run ? "" : "mine");
+    EXPECT_EQ(p.tools.AsmFolder, first_run ? "" : "/opt/asm");
   }
 }
 
@@ -126,7 +121,7 @@ TEST(Startup, FailedIdentificationLeavesTheFirmwareVersionEmptyAndGoesOn) {
   Panel p;
   p.driver.read_results.push_back(0);
   ASSERT_TRUE(p.form.Form_Load());
-  EXPECT_EQ(p.form.FirmwareVersion(), "");
+  EXPECT_EQ(p.unit.FirmwareVersion(), "");
   ASSERT_FALSE(p.host.boxes.empty());
   EXPECT_EQ(p.host.boxes[0].text, "USB Read Error");
   EXPECT_EQ(p.driver.written.back(), (Packet{0x3B, 0, 0, 0, 0, 0, 0, 0}));

@@ -47,14 +47,14 @@ inline void write_text(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary | std::ios::trunc) << text;
 }
 
-struct CommandResult {
+struct ProcessResult {
   int status = -1;  // exit status, -1 when the command could not run
   std::string out;  // standard output
 };
 
 // Runs a shell command line and collects its standard output.
-inline CommandResult run_command(const std::string& command_line) {
-  CommandResult result;
+inline ProcessResult run_command(const std::string& command_line) {
+  ProcessResult result;
   FILE* pipe = popen(command_line.c_str(), "r");
   if (pipe == nullptr) return result;
   std::array<char, 4096> buffer;

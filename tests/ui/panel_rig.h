@@ -29,9 +29,9 @@ class PanelRig {
       open_answers.pop_front();
       return answer;
     };
-    form = std::make_unique<MainForm>(sim, host, store, *state);
+    form = std::make_unique<MainForm>(parts);
     started = form->Form_Load();
-    windows = std::make_unique<PanelWindows>(*form, host, true);
+    windows = std::make_unique<PanelWindows>(*form, parts, host, true);
     main().show();
     settle();
   }
@@ -76,6 +76,11 @@ class PanelRig {
   MemorySettingsStore store;
   QtHost host;
   std::unique_ptr<ProgrammerState> state = std::make_unique<ProgrammerState>();
+  ToolSettings tools;
+  BufferViewModel program_view = make_program_view();
+  BufferViewModel eeprom_view = make_eeprom_view();
+  Unit unit{sim, host};
+  PanelParts parts{unit, host, store, *state, tools, program_view, eeprom_view};
   std::unique_ptr<MainForm> form;
   std::unique_ptr<PanelWindows> windows;
   bool started = false;

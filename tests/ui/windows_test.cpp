@@ -16,7 +16,7 @@ TEST(HelpWindow, F1OpensOneWindowWithTheHelpFile) {
   PanelRig rig;
   TempDir dir;
   write_text(dir.file("ZENTA.TXT"), "First line\r\nSecond\n");
-  rig.form->tools().AsmFolder = dir.path().string();
+  rig.tools.AsmFolder = dir.path().string();
   auto* help = rig.find<QAction>("HELP");
   ASSERT_NE(help, nullptr);
   EXPECT_EQ(help->shortcut(), QKeySequence(Qt::Key_F1));
@@ -28,7 +28,7 @@ TEST(HelpWindow, F1OpensOneWindowWithTheHelpFile) {
 
 TEST(SetupWindow, DefaultThenCloseBoxChangesNothingDefaultThenExitStoresTheBoxes) {
   PanelRig rig;
-  const ToolSettings before = rig.form->tools();  // empty on a first run
+  const ToolSettings before = rig.tools;  // empty on a first run
   const int saves = rig.store.saves();
   QWidget* window = nullptr;
   auto open_and_default = [&] {
@@ -44,7 +44,7 @@ TEST(SetupWindow, DefaultThenCloseBoxChangesNothingDefaultThenExitStoresTheBoxes
   rig.settle();
   EXPECT_EQ(rig.count("Setup_Form"), 0);
   EXPECT_EQ(rig.store.saves(), saves);
-  EXPECT_EQ(tool_values(rig.form->tools()), tool_values(before));
+  EXPECT_EQ(tool_values(rig.tools), tool_values(before));
 
   ASSERT_NO_FATAL_FAILURE(open_and_default());
   window->findChild<QLineEdit*>("Text_Editor_Filename")->setText(" my editor ");
@@ -53,7 +53,7 @@ TEST(SetupWindow, DefaultThenCloseBoxChangesNothingDefaultThenExitStoresTheBoxes
   EXPECT_EQ(rig.count("Setup_Form"), 0);
   ToolSettings expected = setup_tool_defaults();
   expected.EditorCommand = " my editor ";  // kept as typed, blanks and all
-  EXPECT_EQ(tool_values(rig.form->tools()), tool_values(expected));
+  EXPECT_EQ(tool_values(rig.tools), tool_values(expected));
   for (std::size_t i = 0; i < kToolKeys.size(); ++i) {
     EXPECT_EQ(rig.store.get("ZENTA", "DATA", kToolKeys[i]), tool_values(expected)[i]);
   }

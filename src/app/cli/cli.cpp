@@ -8,11 +8,11 @@
 #include <optional>
 
 #include "cli/commands.h"
-#include "cli/console_host.h"
-#include "common/settings_store.h"
+#include "cli/console.h"
+#include "image/programmer_state.h"
 #include "link/sim/sim_unit.h"
 #include "link/trace_driver.h"
-#include "panel/main_form.h"
+#include "link/unit.h"
 #include "platform/driver_factory.h"
 
 #ifdef _WIN32
@@ -81,25 +81,24 @@ int run_with_driver(const Options& options, DriverChoice& choice, std::ostream& 
   }
   UnitDriver& driver = trace ? static_cast<UnitDriver&>(*trace) : *choice.driver;
 
-  ConsoleHost host(err, err_terminal);
-  MemorySettingsStore settings;  // the panel's stored settings stay untouched
+  Console console(err, err_terminal);
   auto state = std::make_unique<ProgrammerState>();
-  MainForm form(driver, host, settings, *state);
-  host.attach(form.view());
+  Unit unit(driver, console);
 
-  // Start-up steps 5 and 6 of the panel; the rest of its start-up (supply
-  // on, LED off, stored device) is the panel's idle state, not a command's.
-  if (form.link().open_driver() != kDriverOk) {
-    err << "zenta: Unit not Found (" << form.link().USBMSG() << ")\n"
+  // The panel's start-up opens the unit the same way; the rest of it
+  // (supply on, LED off, stored device) is the panel's idle state, not a
+  // command's. The panel's stored settings are never touched.
+  if (unit.open() != kDriverOk) {
+    err << "zenta: Unit not Found (" << unit.link().USBMSG() << ")\n"
         << "Plug the unit in and check that you may use it (permissions, udev rules),\n"
         << "or use --unit sim for the simulated unit.\n";
     return kExitNoUnit;
   }
-  Session session{form, host, options, out, err, *device};
+  Session session{unit, *state, console, options, out, err, *device};
   int status = run_command(session);
-  host.finish();
-  form.shutdown();
-  if (const auto failures = form.link().failures(); failures != 0) {
+  console.finish();
+  unit.close();
+  if (const auto failures = unit.link().failures(); failures != 0) {
     err << "zenta: " << failures << " exchange" << (failures == 1 ? "" : "s")
         << " with the unit failed\n";
     if (status == kExitOk) status = kExitFailed;

@@ -1,5 +1,5 @@
 #pragma once
-// The zenta program: drives the panel's own operations (MainForm) from the
+// The zenta program: runs the panel's own chip commands (programming/) from the
 // command line, for scripts and build systems.
 #include <iosfwd>
 #include <string>

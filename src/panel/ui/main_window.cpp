@@ -91,7 +91,8 @@ void MainWindow::connect_controls() {
   // The file name box only holds its text; the HEX derivation reads it.
   connect_text(filename_textbox_, &MainView::FilenameTextbox, nullptr);
 
-  auto click = [this](QAbstractButton* button, void (MainForm::*handler)()) {
+  // Handlers may return what they did; the window shows it from the view.
+  auto click = [this](QAbstractButton* button, auto handler) {
     connect(button, &QAbstractButton::clicked, this,
             [this, handler] { run([this, handler] { (form_.*handler)(); }); });
   };
@@ -164,11 +165,13 @@ void MainWindow::render() {
     progress_->hide();
   }
 
-  // One operation at a time: what would start another waits.
+  // One operation at a time: what would send while another holds the unit
+  // is shown disabled.
   const bool idle = !view.busy;
-  for (QWidget* control :
-       std::initializer_list<QWidget*>{write_button_, verify_button_, erase_button_, f_open_button_,
-                                       hexset_button_, command_id_, frame1_}) {
+  for (QWidget* control : std::initializer_list<QWidget*>{
+           write_button_, verify_button_, erase_button_, f_open_button_, hexset_button_,
+           command_id_, frame1_, command_vcc_, command_led_, command_reset_, command_vset_[0],
+           command_vset_[1], command_vset_[2]}) {
     control->setEnabled(idle);
   }
   for (QAction* action : {fileopen_menu_, read_menu_, read_eeprom_menu_}) {
@@ -180,7 +183,7 @@ void MainWindow::render() {
   reset_lamp_->set_color(rgb(view.RESET_LAMP));
   render_text(text_ad_, view.Text_AD);
   render_text(text2_, view.Text2);
-  render_text(usbmsg_, form_.link().USBMSG());
+  render_text(usbmsg_, form_.USBMSG());
   render_text(text_device_, view.Text_Device);
   render_text(text_admon_, view.Text_ADMON);
   render_text(test_, view.TEST);

@@ -9,27 +9,30 @@
 
 namespace zenta {
 
-PanelWindows::PanelWindows(MainForm& form, QtHost& host, bool simulated)
-    : form_(form), host_(host), main_(std::make_unique<MainWindow>(form, host, simulated)) {
+PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host, bool simulated)
+    : form_(form),
+      parts_(parts),
+      host_(host),
+      main_(std::make_unique<MainWindow>(form, host, simulated)) {
   MainWindow* main = main_.get();
   QtWindowManager& windows = host_.windows();
   // Every other window is a window of its own that closes with the main one.
   windows.set_factory(WindowId::kHelp, [this, main] {
-    return new HelpWindow(host_, help_file_path(form_.tools().AsmFolder), main);
+    return new HelpWindow(host_, help_file_path(parts_.tools.AsmFolder), main);
   });
   windows.set_factory(WindowId::kVersion, [this, main] {
-    return new VersionWindow(host_, form_.FirmwareVersion(), main);
+    return new VersionWindow(host_, parts_.unit.FirmwareVersion(), main);
   });
   windows.set_factory(WindowId::kSetup, [this, main] {
-    return new SetupWindow(form_.tools(), form_.settings(), main);
+    return new SetupWindow(parts_.tools, parts_.settings, main);
   });
   windows.set_factory(WindowId::kDataView, [this, main] {
-    return new BufferViewer(form_.program_view(), kDataViewGeometry, "DATAVIEW", "Data buffer",
-                            form_.state().ProgramSize / 16, main);
+    return new BufferViewer(parts_.program_view, kDataViewGeometry, "DATAVIEW", "Data buffer",
+                            parts_.state.ProgramSize / 16, main);
   });
   windows.set_factory(WindowId::kEepromView, [this, main] {
-    return new BufferViewer(form_.eeprom_view(), kEepromViewGeometry, "EEVIEW",
-                            "EEPROM Data buffer", 16, main);
+    return new BufferViewer(parts_.eeprom_view, kEepromViewGeometry, "EEVIEW", "EEPROM Data buffer",
+                            16, main);
   });
   main_->after_render = [this] { refresh_viewers(); };
 }

@@ -12,7 +12,7 @@ namespace zenta {
 class PanelWindows {
  public:
   // Call after MainForm's start-up, so the windows open on its state.
-  PanelWindows(MainForm& form, QtHost& host, bool simulated);
+  PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host, bool simulated);
   ~PanelWindows();
   PanelWindows(const PanelWindows&) = delete;
   PanelWindows& operator=(const PanelWindows&) = delete;
@@ -23,6 +23,7 @@ class PanelWindows {
   void refresh_viewers();
 
   MainForm& form_;
+  PanelParts parts_;
   QtHost& host_;
   std::unique_ptr<MainWindow> main_;
 };

@@ -1,30 +1,31 @@
 #pragma once
-// The Host of the command-line program: message boxes become lines
-// "TITLE: text" on standard error, pending events redraw a progress bar
-// there when it is a terminal, and every dialog is cancelled.
+// What the command-line program shows while a command runs: message boxes
+// become lines "TITLE: text" on standard error (repeats folded into a
+// count), progress a bar there when it is a terminal, every dialog is
+// cancelled. The last notes line is kept: it is the command's outcome line.
 #include <cstdint>
 #include <ostream>
 #include <string>
 
 #include "common/host.h"
-#include "panel/main_view.h"
+#include "programming/operation_report.h"
 
 namespace zenta::cli {
 
-class ConsoleHost : public Host {
+class Console : public Host, public OperationReport {
  public:
   // `terminal`: whether `err` is a terminal, so that a bar can be redrawn in place.
-  ConsoleHost(std::ostream& err, bool terminal) : err_(err), terminal_(terminal) {}
+  Console(std::ostream& err, bool terminal) : err_(err), terminal_(terminal) {}
 
-  // The view whose progress the bar shows; set once the form exists.
-  void attach(const MainView& view) { view_ = &view; }
   // Clears the bar and reports repeated messages still pending; call before
   // printing anything else.
   void finish();
   int message_count() const { return message_count_; }
+  const std::string& notes_text() const { return notes_; }
 
+  // Host
   void message_box(const std::string& text, const std::string& title, MessageIcon icon) override;
-  void process_events() override;
+  void process_events() override {}
   void beep() override {}
   std::string open_file_dialog(const std::string&) override { return ""; }
   std::string save_file_dialog(const std::string&) override { return ""; }
@@ -34,13 +35,25 @@ class ConsoleHost : public Host {
   bool window_visible(WindowId) const override { return false; }
   std::string current_folder() const override;
 
+  // OperationReport
+  void notes(const std::string& text, std::uint32_t) override { notes_ = text; }
+  void current_address(int) override {}
+  void start_address(int) override {}
+  void progress(int value, int maximum) override;
+  void supply(bool) override {}
+  void led(bool) override {}
+  void stop_box(const std::string& text, const std::string& title) override {
+    message_box(text, title, MessageIcon::kStop);
+  }
+  void let_events_run() override {}
+
  private:
   void clear_bar();
   void flush_repeats();
 
   std::ostream& err_;
   bool terminal_;
-  const MainView* view_ = nullptr;
+  std::string notes_;
   int shown_percent_ = -1;  // -1: no bar on the screen
   std::string last_message_;
   int repeats_ = 0;  // times last_message_ came again and was not printed

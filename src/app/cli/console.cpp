@@ -1,4 +1,4 @@
-#include "cli/console_host.h"
+#include "cli/console.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -9,7 +9,7 @@ namespace {
 constexpr int kBarWidth = 40;
 }
 
-void ConsoleHost::message_box(const std::string& text, const std::string& title, MessageIcon) {
+void Console::message_box(const std::string& text, const std::string& title, MessageIcon) {
   ++message_count_;
   std::string line = title + ": " + text;
   // An unplugged unit fails every exchange of a long write; one line with
@@ -25,15 +25,14 @@ void ConsoleHost::message_box(const std::string& text, const std::string& title,
   last_message_ = std::move(line);
 }
 
-void ConsoleHost::process_events() {
-  if (!terminal_ || view_ == nullptr) return;
-  const Progress& progress = view_->progress;
-  if (progress.maximum <= 0) {
+void Console::progress(int value, int maximum) {
+  if (!terminal_) return;
+  if (maximum <= 0) {
     clear_bar();
     return;
   }
-  const int value = std::clamp(progress.value, 0, progress.maximum);
-  const int percent = static_cast<int>(static_cast<long long>(value) * 100 / progress.maximum);
+  value = std::clamp(value, 0, maximum);
+  const int percent = static_cast<int>(static_cast<long long>(value) * 100 / maximum);
   if (percent == shown_percent_) return;
   const int filled = percent * kBarWidth / 100;
   err_ << "\r[" << std::string(static_cast<std::size_t>(filled), '#')
@@ -42,26 +41,26 @@ void ConsoleHost::process_events() {
   shown_percent_ = percent;
 }
 
-void ConsoleHost::finish() {
+void Console::finish() {
   clear_bar();
   flush_repeats();
   last_message_.clear();
 }
 
-std::string ConsoleHost::current_folder() const {
+std::string Console::current_folder() const {
   std::error_code error;
   const auto folder = std::filesystem::current_path(error);
   return error ? std::string() : folder.string();
 }
 
-void ConsoleHost::clear_bar() {
+void Console::clear_bar() {
   if (shown_percent_ < 0) return;
   err_ << '\r' << std::string(kBarWidth + 8, ' ') << '\r';
   err_.flush();
   shown_percent_ = -1;
 }
 
-void ConsoleHost::flush_repeats() {
+void Console::flush_repeats() {
   if (repeats_ == 0) return;
   err_ << "  (" << repeats_ << " more time" << (repeats_ == 1 ? "" : "s") << ")\n";
   err_.flush();

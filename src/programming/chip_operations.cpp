@@ -1,0 +1,245 @@
+#include "programming/chip_operations.h"
+
+#include <algorithm>
+
+#include "common/colours.h"
+#include "common/number_text.h"
+#include "link/command_codes.h"
+#include "link/unit_controls.h"
+#include "programming/chip_protocol.h"
+#include "programming/device_id.h"
+
+namespace zenta {
+
+void ChipOperations::set_supply(bool on) {
+  set_target_supply(link_, on);
+  report_.supply(on);
+}
+
+void ChipOperations::set_led(bool on) {
+  set_unit_led(link_, on);
+  report_.led(on);
+}
+
+void ChipOperations::WRITE_PROG() {
+  report_.notes("Write", kWhite);
+  enter_programming_mode(link_);
+  const std::int16_t last = state_.LastAddress;
+  const std::string& mode = state_.WriteMode;
+  const auto& buffer = state_.ProgramBuffer;
+  if (mode == "0") {
+    // Rows of eight words from word 0, programmed with one cycle per row;
+    // a row of blank words is stepped over without loads or a cycle. A word
+    // whose high byte is not a 14-bit value (0x40 or more) is not blank and
+    // is sent as it stands.
+    const int rows = (highest_write_word(mode, last) + 1) / 8;
+    int a = 0;
+    int row = 0;
+    do {
+      report_.current_address(a);
+      int blanks = 0;
+      for (int i = 0; i < 8; ++i, ++a) {
+        if (state_.word(a) == kBlankWord) {
+          ++blanks;
+        } else {
+          link_.SENDCMD(ICSP_LOAD_DATA, buffer[2 * a + 1], buffer[2 * a]);
+        }
+        if (i != 7) link_.SENDCMD(ICSP_INC_ADDR, 1);
+      }
+      if (blanks != 8) {
+        link_.SENDCMD(ICSP_BEGIN_PROG_ONLY);
+        link_.SENDCMD(ICSP_END_PROG);
+      }
+      report_.progress(++row, rows);
+      report_.let_events_run();
+      link_.SENDCMD(ICSP_INC_ADDR, 1);
+    } while (a <= last);
+  } else if (mode == "1" || mode == "2") {
+    // Word by word up to the word after the last address, each with its own
+    // cycle: erase/program for mode "1", program-only for mode "2".
+    const std::uint8_t cycle = mode == "1" ? ICSP_BEGIN_ERASE_PROG : ICSP_BEGIN_PROG_ONLY;
+    const int end = last + 1;
+    for (int a = 0; a <= end; ++a) {
+      report_.current_address(a);
+      link_.SENDCMD(ICSP_LOAD_DATA, buffer[2 * a + 1], buffer[2 * a]);
+      link_.SENDCMD(cycle);
+      link_.SENDCMD(ICSP_INC_ADDR, 1);
+      report_.progress(a + 1, end + 1);
+      report_.let_events_run();
+    }
+  }
+  leave_programming_mode(link_, LeaveMode::kAfterWrite);
+  report_.progress(0, 0);
+  report_.notes("Write Complete", kWhite);
+}
+
+VerifyResult ChipOperations::VERIFY_PROG() {
+  report_.notes("Verify", kWhite);
+  enter_programming_mode(link_);
+  const std::int16_t last = state_.LastAddress;
+  const int total = highest_verify_word(last) + 1;
+  const auto& buffer = state_.ProgramBuffer;
+  const auto& reply = link_.RxBuffer;
+  int a = 0;
+  for (;;) {
+    // Four words per read; after a failed exchange the bytes the failed
+    // read left are compared as if they had been read.
+    link_.SENDCMD(ICSP_READ_DATA, 4);
+    bool reached_last = false;
+    for (int n = 0; n < 4 && !reached_last; ++n) {
+      const int w = a + n;
+      if (buffer[2 * w + 1] != reply[2 * n] || buffer[2 * w] != reply[2 * n + 1]) {
+        const VerifyMismatch mismatch{w, state_.word(w), reply[2 * n] * 256 + reply[2 * n + 1]};
+        report_.stop_box("Verify Data ERROR", "VERIFY ERROR");
+        leave_programming_mode(link_, LeaveMode::kAfterWrite);
+        state_.WaitTicks = 0;
+        report_.progress(0, 0);
+        report_.notes("Verify Error", kRed);
+        return {mismatch};
+      }
+      reached_last = w + 1 == last;
+    }
+    if (reached_last) break;
+    a += 4;
+    link_.SENDCMD(ICSP_INC_ADDR, 1);
+    report_.progress(std::min(a, total), total);
+    report_.let_events_run();
+    if (a >= last) break;
+  }
+  leave_programming_mode(link_, LeaveMode::kAfterWrite);
+  report_.progress(0, 0);
+  report_.notes("Verify Complete", kWhite);
+  return {};
+}
+
+ConfigResult ChipOperations::WRITE_CONFIG() {
+  const int high = state_.ConfigHigh;
+  const int low = state_.ConfigLow;
+  ConfigResult result;
+  if (high < 0 || high > 0xFF || low < 0 || low > 0xFF) {
+    // Each byte travels as one packet byte; a wider value has no packet.
+    report_.stop_box("Configuration word out of range", "WRITE ERROR");
+    report_.notes("Config Write Error", kRed);
+    result.in_range = false;
+    return result;
+  }
+  report_.notes("Now Reading", kRed);
+  enter_programming_mode(link_);
+  link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
+  // From 0x2000 seven steps reach the configuration word at 0x2007.
+  for (int i = 0; i < 7; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
+  link_.SENDCMD(ICSP_LOAD_DATA, static_cast<std::uint8_t>(high), static_cast<std::uint8_t>(low));
+  const std::string& mode = state_.WriteMode;
+  if (mode == "0" || mode == "1") {
+    link_.SENDCMD(ICSP_BEGIN_ERASE_PROG);
+  } else if (mode == "2") {
+    link_.SENDCMD(ICSP_BEGIN_PROG_ONLY);
+    link_.SENDCMD(UNIT_WAIT, 4);
+  }
+  link_.SENDCMD(UNIT_WAIT, 10);
+  link_.SENDCMD(ICSP_READ_DATA, 1);
+  result.read_back = link_.RxBuffer[0] * 256 + link_.RxBuffer[1];
+  result.written = link_.RxBuffer[0] == high && link_.RxBuffer[1] == low;
+  if (!result.written) report_.stop_box("Can't Write to Config", "WRITE ERROR");
+  leave_programming_mode(link_, LeaveMode::kAfterConfig);
+  if (result.written) {
+    report_.notes("Config Write Complete", kWhite);
+    return result;
+  }
+  state_.WaitTicks = 0;
+  report_.notes("Config Write Error", kRed);
+  return result;
+}
+
+DeviceIdResult ChipOperations::READ_DEVID() {
+  report_.notes("Now Reading", kRed);
+  enter_programming_mode(link_);
+  link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
+  // From 0x2000 six steps reach the ID word at 0x2006.
+  for (int i = 0; i < 6; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
+  link_.SENDCMD(UNIT_WAIT, 10);
+  link_.SENDCMD(ICSP_READ_DATA, 1);
+  // Taken from the reply buffer unchecked: after a failed exchange these are
+  // whatever the failed read left there.
+  const int high = link_.RxBuffer[0];
+  const int low = link_.RxBuffer[1];
+  leave_programming_mode(link_, LeaveMode::kAfterWrite);
+
+  state_.DeviceId = high * 256 + low;
+  DEVID_NAME();
+  report_.notes("Device=" + state_.DeviceIdName + " (" + hex_text(high) + hex_text(low) + ")",
+                kWhite);
+  return {state_.DeviceId, state_.DeviceIdName};
+}
+
+void ChipOperations::DEVID_NAME() {
+  state_.DeviceIdName = device_id_name(static_cast<std::uint16_t>(state_.DeviceId));
+}
+
+ReadResult ChipOperations::READ_PROG(std::int16_t end_address) {
+  report_.start_address(0);
+  report_.notes("Now Reading", kLightCyan);
+  enter_programming_mode(link_);
+  const int total = highest_read_word(end_address) + 1;
+  auto& buffer = state_.ProgramBuffer;
+  const auto& reply = link_.RxBuffer;
+  int a = 0;
+  do {
+    report_.current_address(a);
+    link_.SENDCMD(ICSP_READ_DATA, 4);
+    bool reached_end = false;
+    for (int n = 0; n < 4 && !reached_end; ++n) {
+      buffer[2 * a] = reply[2 * n + 1];
+      buffer[2 * a + 1] = reply[2 * n];
+      reached_end = ++a == end_address;
+    }
+    if (reached_end) break;
+    link_.SENDCMD(ICSP_INC_ADDR, 0);
+    report_.progress(std::min(a, total), total);
+    report_.let_events_run();
+  } while (a <= end_address);
+  report_.current_address(a);
+  leave_programming_mode(link_, LeaveMode::kAfterRead);
+  state_.WaitTicks = 0;
+  report_.progress(0, 0);
+  report_.notes("Read Complete", kWhite);
+  return {a, false};
+}
+
+ReadResult ChipOperations::READ_EE() {
+  report_.notes("Now Reading", kLightCyan);
+  const int last = state_.EepromLastAddress;
+  enter_programming_mode(link_);
+  int e = 0;
+  bool stopped = false;
+  do {
+    // Every catalogue device ends on a group boundary inside EepromBuffer;
+    // a larger last address stops the read where the buffer ends.
+    if (e + 8 > kEepromBufferSize) {
+      stopped = true;
+      break;
+    }
+    report_.current_address(e);
+    link_.SENDCMD(ICSP_READ_EE, 8);
+    std::copy(link_.RxBuffer.begin(), link_.RxBuffer.begin() + 8, state_.EepromBuffer.begin() + e);
+    e += 8;
+    link_.SENDCMD(ICSP_INC_ADDR, 0);
+  } while (e < last);
+  leave_programming_mode(link_, LeaveMode::kAfterRead);
+  state_.WaitTicks = 0;
+  if (stopped) {
+    report_.stop_box("EEPROM read stopped at the end of the buffer (address " + hex_text(e) + ")",
+                     "READ ERROR");
+  }
+  report_.notes("EE Read Complete", kWhite);
+  return {e, stopped};
+}
+
+void ChipOperations::CHIP_ERASE() {
+  enter_programming_mode(link_);
+  for (const Packet& packet : erase_packets(state_.EraseMode)) send_packet(link_, packet);
+  leave_programming_mode(link_, LeaveMode::kAfterRead);
+  report_.notes("Chip Erase Complete", kWhite);
+}
+
+}  // namespace zenta

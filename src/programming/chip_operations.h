@@ -1,0 +1,83 @@
+#pragma once
+// The named chip procedures: program write, verify, configuration write,
+// device identification, program and EEPROM read, chip erase. Each brackets
+// its target commands with programming mode, reports through an
+// OperationReport and returns what it found. A failed exchange has been
+// reported by the link; a procedure goes on with its next packet and looks
+// at replies only where it must (verify, read-back, identification, reads).
+// Callers hold the unit's Operation while they run one.
+#include <cstdint>
+#include <optional>
+
+#include "image/programmer_state.h"
+#include "link/unit.h"
+#include "programming/operation_report.h"
+
+namespace zenta {
+
+// The first word that differs: its address, the buffer's word and the
+// chip's word.
+struct VerifyMismatch {
+  int address = 0;
+  int expected = 0;
+  int read = 0;
+};
+
+struct VerifyResult {
+  std::optional<VerifyMismatch> mismatch;
+  bool ok() const { return !mismatch; }
+};
+
+struct ConfigResult {
+  bool written = false;  // the read-back equals the word sent
+  bool in_range = true;  // false: the word has no packet (a byte above 0xFF)
+  int read_back = -1;    // the word read back, -1 when nothing was sent
+};
+
+struct DeviceIdResult {
+  int id = 0;  // high byte x 256 + low byte as read
+  std::string name;
+};
+
+struct ReadResult {
+  int next_address = 0;        // the address after the last word or byte stored
+  bool stopped_early = false;  // the EEPROM read reached the end of its buffer
+};
+
+class ChipOperations {
+ public:
+  ChipOperations(Unit& unit, ProgrammerState& state, OperationReport& report)
+      : unit_(unit), link_(unit.link()), state_(state), report_(report) {}
+
+  Unit& unit() { return unit_; }
+  ProgrammerState& state() { return state_; }
+  OperationReport& report() { return report_; }
+
+  // Words 0 up to LastAddress by the device's WriteMode.
+  void WRITE_PROG();
+  // Words 0 up to LastAddress against ProgramBuffer, four per read.
+  VerifyResult VERIFY_PROG();
+  // ConfigHigh/ConfigLow to 0x2007, then read back.
+  ConfigResult WRITE_CONFIG();
+  // The device ID word at 0x2006, named into DeviceId and DeviceIdName.
+  DeviceIdResult READ_DEVID();
+  void DEVID_NAME();
+  // Program words into ProgramBuffer up to the end address.
+  ReadResult READ_PROG(std::int16_t end_address);
+  // EEPROM bytes into EepromBuffer through EepromLastAddress.
+  ReadResult READ_EE();
+  // The erase procedure of the device's EraseMode.
+  void CHIP_ERASE();
+
+  // Supply and LED with their captions.
+  void set_supply(bool on);
+  void set_led(bool on);
+
+ private:
+  Unit& unit_;
+  UnitLink& link_;
+  ProgrammerState& state_;
+  OperationReport& report_;
+};
+
+}  // namespace zenta

@@ -1,0 +1,163 @@
+#include "programming/commands.h"
+
+#include <algorithm>
+
+#include "common/colours.h"
+#include "link/command_codes.h"
+#include "programming/chip_protocol.h"
+
+namespace zenta {
+
+namespace {
+
+constexpr const char* kAddressRangeText = "Last address out of range";
+
+// Counts the exchanges that failed while it lived.
+class FailureCount {
+ public:
+  explicit FailureCount(ChipOperations& ops)
+      : link_(ops.unit().link()), at_start_(link_.failures()) {}
+  std::uint64_t failed() const { return link_.failures() - at_start_; }
+
+ private:
+  UnitLink& link_;
+  std::uint64_t at_start_;
+};
+
+CommandResult refused() {
+  CommandResult result;
+  result.refused = true;
+  return result;
+}
+
+// The write and the verify after it must stay inside ProgramBuffer (words
+// 0..9999); the word-by-word modes go one word past the last address, so
+// this also refuses a last address whose successor overflows.
+bool write_range_ok(const ProgrammerState& state, std::int16_t last_address) {
+  const int highest = std::max(highest_write_word(state.WriteMode, last_address),
+                               highest_verify_word(last_address));
+  return highest < kProgramBufferWords;
+}
+
+}  // namespace
+
+CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address) {
+  ProgrammerState& state = ops.state();
+  if (state.WaitTicks != 0) return refused();
+  if (state.DataLoaded == 0) {
+    ops.report().stop_box("I have no data", "WRITE ERROR");
+    return refused();
+  }
+  if (!last_address || !write_range_ok(state, *last_address)) {
+    ops.report().stop_box(kAddressRangeText, "WRITE ERROR");
+    return refused();
+  }
+  FailureCount failures(ops);
+  CommandResult result;
+  ops.set_led(true);
+  ops.set_supply(true);
+  state.LastAddress = *last_address;
+  ops.CHIP_ERASE();
+  ops.WRITE_PROG();
+  result.mismatch = ops.VERIFY_PROG().mismatch;
+  result.config = ops.WRITE_CONFIG();
+  ops.set_supply(false);
+  ops.set_led(false);
+  ops.report().notes("Write Complete", kLavender);
+  ops.unit().link().SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+CommandResult run_verify(ChipOperations& ops) {
+  // The verify takes LastAddress as it stands; the loader can leave up to
+  // 10000 there, whose words still lie in the buffer. Anything larger is
+  // refused before the first packet.
+  if (highest_verify_word(ops.state().LastAddress) >= kProgramBufferWords) {
+    ops.report().stop_box(kAddressRangeText, "VERIFY ERROR");
+    return refused();
+  }
+  FailureCount failures(ops);
+  CommandResult result;
+  ops.set_led(true);
+  ops.set_supply(true);
+  result.mismatch = ops.VERIFY_PROG().mismatch;
+  ops.set_supply(false);
+  ops.set_led(false);
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+CommandResult run_erase(ChipOperations& ops) {
+  FailureCount failures(ops);
+  CommandResult result;
+  ops.set_supply(true);
+  ops.CHIP_ERASE();
+  ops.set_supply(false);
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+CommandResult run_read(ChipOperations& ops, std::optional<std::int16_t> end_address) {
+  // The words must lie in ProgramBuffer; anything else is refused before
+  // the first packet.
+  if (!end_address || highest_read_word(*end_address) >= kProgramBufferWords) {
+    ops.report().stop_box(kAddressRangeText, "READ ERROR");
+    return refused();
+  }
+  FailureCount failures(ops);
+  CommandResult result;
+  ops.set_led(true);
+  ops.set_supply(true);
+  result.read = ops.READ_PROG(*end_address);
+  ops.set_supply(false);
+  ops.set_led(false);
+  ops.state().DataLoaded = 0;
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+CommandResult run_read_eeprom(ChipOperations& ops) {
+  FailureCount failures(ops);
+  CommandResult result;
+  ops.set_led(true);
+  ops.set_supply(true);
+  result.read = ops.READ_EE();
+  ops.set_supply(false);
+  ops.set_led(false);
+  ops.state().WaitTicks = 0;
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+CommandResult run_identify(ChipOperations& ops) {
+  FailureCount failures(ops);
+  CommandResult result;
+  ops.set_supply(true);
+  result.device = ops.READ_DEVID();
+  ops.set_supply(false);
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+}  // namespace zenta
+
+#include "programming/device_catalogue.h"
+
+namespace zenta {
+
+void select_device_parameters(ProgrammerState& state, int index) {
+  const DeviceRecord& record = device_record(index);
+  state.DeviceFamily = record.family;
+  state.EraseMode = record.erase_code;
+  state.WriteMode = record.write_code;
+  state.ProgramSize = record.program_size;
+  state.StartAddress = record.start_address;
+  state.LastAddress = record.last_address;
+  state.EepromLastAddress = record.eeprom_last_address;
+  state.ConfigWord = static_cast<std::int16_t>(record.default_config_word);
+  state.ConfigHigh = static_cast<std::int16_t>(record.default_config_word >> 8);
+  state.ConfigLow = static_cast<std::int16_t>(record.default_config_word & 0xFF);
+}
+
+}  // namespace zenta
