@@ -37,14 +37,21 @@ TEST(MainWindow, OpensAnAssembledImageShowsItInTheBufferAndWritesItIntoTheChip) 
 
   // While the write lets events run, what would start another operation
   // must be shown disabled and the progress bar must be up.
-  auto* write = rig.find<QPushButton>("WriteButton");
+  // The unit controls too: their commands would wait for the unit.
+  std::vector<QPushButton*> senders;
+  for (const char* name : {"WriteButton", "Command_VCC", "Command_LED", "Command_RESET",
+                           "Command_Vset_0", "Command_Vset_2"}) {
+    senders.push_back(rig.find<QPushButton>(name));
+    ASSERT_NE(senders.back(), nullptr) << name;
+  }
+  QPushButton* write = senders.front();
   auto* progress = rig.find<QProgressBar>("ProgressBar");
   int yields = 0, yields_enabled = 0, yields_with_progress = 0;
   const auto render = rig.host.before_events;
   rig.host.before_events = [&] {
     render();
     ++yields;
-    yields_enabled += write->isEnabled();
+    for (QPushButton* sender : senders) yields_enabled += sender->isEnabled();
     yields_with_progress += progress->isVisible();
   };
   rig.click("WriteButton");
