@@ -13,6 +13,7 @@
 
 #include "image/programmer_state.h"
 #include "link/trace_driver.h"
+#include "link/unit.h"
 #include "panel/main_form.h"
 #include "panel/ui/panel_windows.h"
 #include "panel/ui/screenshots.h"
@@ -62,7 +63,8 @@ int main(int argc, char** argv) {
   // been told, and the panel ends.
   if (!form.Form_Load()) return kNoUnit;
 
-  zenta::PanelWindows windows(form, host, choice.simulated);
+  zenta::Unit unit(*driver, host);
+  zenta::PanelWindows windows(form, host, choice.simulated, unit);
   windows.main_window().show();
 
   bool pictures_ok = true;

@@ -11,6 +11,7 @@
 #include "core/temp_dir.h"
 #include "image/hex_loader.h"
 #include "link/sim/sim_unit.h"
+#include "link/unit.h"
 #include "panel/main_form.h"
 #include "panel/ui/panel_windows.h"
 #include "platform/qt_host.h"
@@ -31,7 +32,7 @@ class PanelRig {
     };
     form = std::make_unique<MainForm>(sim, host, store, *state);
     started = form->Form_Load();
-    windows = std::make_unique<PanelWindows>(*form, host, true);
+    windows = std::make_unique<PanelWindows>(*form, host, true, unit);
     main().show();
     settle();
   }
@@ -75,6 +76,7 @@ class PanelRig {
   sim::SimUnit sim{"16F877A"};
   MemorySettingsStore store;
   QtHost host;
+  Unit unit{sim, host};
   std::unique_ptr<ProgrammerState> state = std::make_unique<ProgrammerState>();
   std::unique_ptr<MainForm> form;
   std::unique_ptr<PanelWindows> windows;

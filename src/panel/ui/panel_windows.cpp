@@ -1,7 +1,10 @@
 #include "panel/ui/panel_windows.h"
 
+#include "converter/ui/data_conv_window.h"
 #include "image/ui/buffer_viewer.h"
 #include "image/viewer_layout.h"
+#include "instruments/ui/logic_window.h"
+#include "instruments/ui/meter_windows.h"
 #include "panel/shell.h"
 #include "panel/ui/help_window.h"
 #include "panel/ui/setup_window.h"
@@ -9,8 +12,12 @@
 
 namespace zenta {
 
-PanelWindows::PanelWindows(MainForm& form, QtHost& host, bool simulated)
-    : form_(form), host_(host), main_(std::make_unique<MainWindow>(form, host, simulated)) {
+PanelWindows::PanelWindows(MainForm& form, QtHost& host, bool simulated, Unit& unit)
+    : form_(form),
+      host_(host),
+      unit_(unit),
+      logic_view_(unit),
+      main_(std::make_unique<MainWindow>(form, host, simulated)) {
   MainWindow* main = main_.get();
   QtWindowManager& windows = host_.windows();
   // Every other window is a window of its own that closes with the main one.
@@ -32,12 +39,51 @@ PanelWindows::PanelWindows(MainForm& form, QtHost& host, bool simulated)
                             "EEPROM Data buffer", 16, main);
   });
   main_->after_render = [this] { refresh_viewers(); };
+  set_instrument_factories();
+}
+
+void PanelWindows::set_instrument_factories() {
+  MainWindow* main = main_.get();
+  QtWindowManager& windows = host_.windows();
+  windows.set_factory(WindowId::kConverter, [main] { return new DataConvWindow(main); });
+  windows.set_factory(WindowId::kLogicView,
+                      [this, main] { return new LogicWindow(logic_view_, unit_, main); });
+  windows.set_factory(WindowId::kVoltMeter,
+                      [this, main] { return new VoltMeterWindow(unit_, form_.settings(), main); });
+  windows.set_factory(WindowId::kFrequencyCounter,
+                      [this, main] { return new FrequencyCounterWindow(unit_, main); });
+  windows.set_factory(WindowId::kEventCounter,
+                      [this, main] { return new EventCounterWindow(unit_, main); });
+
+  subscription_ = unit_.subscribe([this](bool busy) {
+    if (bridging_) return;
+    form_.view().busy = busy;
+    main_->render();
+  });
+  auto rendered = form_.on_changed;
+  form_.on_changed = [this, rendered] {
+    sync_chip_guard();
+    if (rendered) rendered();
+  };
+}
+
+void PanelWindows::sync_chip_guard() {
+  const bool chip_running = form_.view().busy;
+  bridging_ = true;
+  if (chip_running && !chip_guard_ && !unit_.busy()) {
+    chip_guard_.emplace(unit_);
+  } else if (!chip_running && chip_guard_) {
+    chip_guard_.reset();
+  }
+  bridging_ = false;
 }
 
 PanelWindows::~PanelWindows() {
   // The factories refer to this object and the main window.
+  unit_.unsubscribe(subscription_);
   for (WindowId id : {WindowId::kHelp, WindowId::kVersion, WindowId::kSetup, WindowId::kDataView,
-                      WindowId::kEepromView}) {
+                      WindowId::kEepromView, WindowId::kConverter, WindowId::kLogicView,
+                      WindowId::kVoltMeter, WindowId::kFrequencyCounter, WindowId::kEventCounter}) {
     host_.windows().set_factory(id, nullptr);
   }
   host_.before_events = nullptr;
