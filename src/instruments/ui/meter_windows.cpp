@@ -84,13 +84,13 @@ VoltMeterWindow::VoltMeterWindow(Unit& unit, SettingsStore& settings, QWidget* p
   bar_->setTextVisible(false);
   bar_->setGeometry(8, 102, 172, 14);
   bar_->installEventFilter(this);
-  auto* read = make_button(this, "Command_READ", "READ", nullptr, {186, 8, 62, 26});
-  auto* autob = make_button(this, "Command_AUTO", "AUTO", nullptr, {186, 40, 48, 26});
-  auto_lamp_ = make_lamp("Shape_AUTO", {236, 46, 14, 14});
-  auto* comp = make_button(this, "Command_COMP", "COMP", nullptr, {186, 72, 62, 26});
+  auto* read = make_button(this, "Command_READ", "READ", nullptr, {180, 8, 56, 26});
+  auto* autob = make_button(this, "Command_AUTO", "AUTO", nullptr, {180, 40, 40, 26});
+  auto_lamp_ = make_lamp("Shape_AUTO", {222, 46, 14, 14});
+  auto* comp = make_button(this, "Command_COMP", "COMP", nullptr, {180, 72, 56, 26});
   log_ = make_button(this, "Command_LOG", "LOG", "Log the AUTO readings to a CSV file",
                      {8, 124, 80, 26});
-  auto* exit = make_button(this, "Command_EXIT", "EXIT", nullptr, {186, 124, 62, 26});
+  auto* exit = make_button(this, "Command_EXIT", "EXIT", nullptr, {180, 124, 56, 26});
   // The attenuation area, brought into view by COMP.
   make_label(this, "", "ATT=", {256, 40, 36, 20});
   make_label(this, "", "1", {300, 24, 30, 16})->setAlignment(Qt::AlignCenter);
@@ -135,9 +135,11 @@ void VoltMeterWindow::render() {
   render_text(display_, model_.VMtext);
   bar_->setValue(model_.bar);
   render_text(text_comp_, model_.Text_COMP);
-  render_text(text1_, model_.Text1);
-  render_text(text2_, model_.Text2);
-  render_text(text3_, model_.Text3);
+  for (auto [box, text] : {std::pair{text1_, &model_.Text1}, std::pair{text2_, &model_.Text2},
+                           std::pair{text3_, &model_.Text3}}) {
+    render_text(box, *text);
+    box->setCursorPosition(0);  // the leading digits matter most
+  }
   render_text(log_, log_caption(model_.log));
   render_auto(model_.autoread, auto_lamp_);
 }
@@ -220,8 +222,8 @@ EventCounterWindow::EventCounterWindow(Unit& unit, QWidget* parent)
   model_.Form_Load();
   make_grey_label("Input  LA-TP", {8, 6, 90, 16});
   make_grey_label("Max 1MHz", {100, 6, 70, 16});
-  display_ = make_display({8, 26, 150, 48});
-  make_label(this, "", "Cnt", {162, 44, 30, 24});
+  display_ = make_display({8, 26, 140, 48});
+  make_label(this, "", "Cnt", {152, 44, 28, 24});
   over_lamp_ = make_lamp("Shape_over", {8, 84, 14, 14});
   make_label(this, "", "OVER", {26, 82, 40, 18});
   struct Button {
@@ -234,8 +236,8 @@ EventCounterWindow::EventCounterWindow(Unit& unit, QWidget* parent)
       {"Command_START", "START", &EventCounter::Command_START_Click, {8, 108, 54, 26}},
       {"Command_STOP", "STOP", &EventCounter::Command_STOP_Click, {66, 108, 54, 26}},
       {"Command_RESET", "RESET", &EventCounter::Command_RESET_Click, {124, 108, 54, 26}},
-      {"Command_READ", "READ", &EventCounter::Command_READ_Click, {182, 8, 50, 26}},
-      {"Command_AUTO", "AUTO", &EventCounter::Command_AUTO_Click, {182, 40, 36, 26}},
+      {"Command_READ", "READ", &EventCounter::Command_READ_Click, {184, 8, 50, 26}},
+      {"Command_AUTO", "AUTO", &EventCounter::Command_AUTO_Click, {184, 40, 36, 26}},
       {"Command_LOG", "LOG", &EventCounter::Command_LOG_Click, {8, 150, 80, 26}},
   };
   for (const Button& b : buttons) {
@@ -246,8 +248,8 @@ EventCounterWindow::EventCounterWindow(Unit& unit, QWidget* parent)
     });
     if (b.event == &EventCounter::Command_LOG_Click) log_ = button;
   }
-  auto_lamp_ = make_lamp("Shape_AUTO", {220, 46, 14, 14});
-  auto* exit = make_button(this, "Command_EXIT", "EXIT", nullptr, {182, 150, 50, 26});
+  auto_lamp_ = make_lamp("Shape_AUTO", {222, 46, 14, 14});
+  auto* exit = make_button(this, "Command_EXIT", "EXIT", nullptr, {184, 150, 50, 26});
   connect(exit, &QPushButton::clicked, this, &QWidget::close);
   connect(&timer_auto_, &QTimer::timeout, this, [this] {
     model_.Timer_AUTO_Timer();
