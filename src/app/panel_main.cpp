@@ -13,6 +13,7 @@
 
 #include "image/programmer_state.h"
 #include "link/trace_driver.h"
+#include "link/unit.h"
 #include "panel/main_form.h"
 #include "panel/ui/panel_windows.h"
 #include "panel/ui/screenshots.h"

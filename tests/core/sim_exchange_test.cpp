@@ -69,28 +69,6 @@ TEST(SimInstruments, AdChannelsReadTheirInputsAndChannel0FollowsMclr) {
   }
 }
 
-TEST(SimInstruments, LogicCaptureShowsTheSquareWaveFromTheTriggerEdge) {
-  // The signal is 1 ms high, 1 ms low; the period byte counts 0.1 ms.
-  const std::vector<std::tuple<std::uint8_t, std::uint8_t, std::string>> cases = {
-      {1, 1, "111111111100000000001"}, {1, 0, "000000000011111111110"}, {5, 0, "00110"}};
-  SimRig rig;
-  for (const auto& [period, positive, first] : cases) {
-    SCOPED_TRACE("period " + std::to_string(period) + (positive ? " POS" : " NEG"));
-    rig.send({UNIT_LA_START, period, positive});
-    std::array<std::uint8_t, 64> bytes{};
-    for (std::uint8_t k = 0; k < 8; ++k) {
-      rig.send({UNIT_LA_READ, k});
-      std::copy(rig.link.RxPacket.begin(), rig.link.RxPacket.end(), bytes.begin() + 8 * k);
-    }
-    // Unpacked as the logic view does: sample 8j + n is bit n of byte 59 - j.
-    std::string samples;
-    for (int s = 0; s < 480; ++s) samples += (bytes[59 - s / 8] >> (s % 8)) & 1 ? '1' : '0';
-    EXPECT_EQ(samples.substr(0, first.size()), first);
-    EXPECT_EQ(std::count(samples.begin(), samples.end(), '1'), 240);
-    EXPECT_EQ(std::count(bytes.begin() + 60, bytes.end(), 0), 4);
-  }
-}
-
 TEST(SimInstruments, FrequencyCountsTheInputDuringTheGateAndFlagsOverflow) {
   // Gate byte 0: 0.1 s, any other: 1 s.
   const std::vector<std::tuple<std::uint32_t, std::uint8_t, Packet>> cases = {

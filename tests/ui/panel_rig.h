@@ -11,6 +11,7 @@
 #include "core/temp_dir.h"
 #include "image/hex_loader.h"
 #include "link/sim/sim_unit.h"
+#include "link/unit.h"
 #include "panel/main_form.h"
 #include "panel/ui/panel_windows.h"
 #include "platform/qt_host.h"

@@ -21,9 +21,41 @@ constexpr std::uint32_t kMclrReadings[] = {0, 2899, 7537};
 constexpr std::uint32_t kChannel1Reading = 1449;
 constexpr std::uint32_t kVinReading = 2899;
 
-// The logic input carries a 500 Hz square wave: 1 ms high, 1 ms low.
-constexpr int kHalfPeriodTenthsMs = 10;
+// The logic input repeats a 100 ms frame, in ticks of 0.1 ms: 10 ms idle
+// high, the bytes "ZENTA" as a 1000 baud serial line (start bit low, eight
+// data bits least significant first, stop bit high; 10 ticks a bit), then a
+// 500 Hz PWM of 25 % duty until the frame ends.
+constexpr int kFrameTicks = 1000;
+constexpr int kSerialStart = 100;
+constexpr int kTicksPerBit = 10;
+constexpr char kSerialText[] = "ZENTA";
+constexpr int kSerialBytes = sizeof kSerialText - 1;
+constexpr int kPwmStart = kSerialStart + kSerialBytes * 10 * kTicksPerBit;
+constexpr int kPwmPeriod = 20;
+constexpr int kPwmHigh = 5;
 constexpr int kSamples = 480;
+
+bool logic_level(long tick) {
+  const long t = tick % kFrameTicks;
+  if (t < kSerialStart) return true;
+  if (t < kPwmStart) {
+    const long bit = (t - kSerialStart) / kTicksPerBit;
+    const long position = bit % 10;
+    if (position == 0) return false;  // start bit
+    if (position == 9) return true;   // stop bit
+    const auto byte = static_cast<unsigned char>(kSerialText[bit / 10]);
+    return ((byte >> (position - 1)) & 1) != 0;
+  }
+  return (t - kPwmStart) % kPwmPeriod < kPwmHigh;
+}
+
+// The first tick at which the input goes to the trigger's level.
+long trigger_tick(bool positive_edge) {
+  for (long t = 1; t <= kFrameTicks; ++t) {
+    if (logic_level(t) == positive_edge && logic_level(t - 1) != positive_edge) return t;
+  }
+  return 0;
+}
 
 }  // namespace
 
@@ -44,16 +76,15 @@ void SimUnit::Impl::ad_read(int channel) {
 }
 
 // Samples are taken every period x 0.1 ms (0 is taken as 1), starting at
-// the trigger edge, so the first samples show the level the edge went to.
-// Sample s = 8j + n goes to bit n of capture byte 59 - j; bytes 60..63 stay
-// zero, as the capture never fills them.
+// the trigger edge, so sample 0 shows the level the edge went to. Sample
+// s = 8j + n goes to bit n of capture byte 59 - j; bytes 60..63 stay zero,
+// as the capture never fills them.
 void SimUnit::Impl::la_start(int period, bool positive_edge) {
-  const int step = std::max(period, 1);
+  const long step = std::max(period, 1);
+  const long start = trigger_tick(positive_edge);
   capture.fill(0);
   for (int s = 0; s < kSamples; ++s) {
-    const bool first_half = (s * step / kHalfPeriodTenthsMs) % 2 == 0;
-    const bool high = first_half == positive_edge;
-    if (high)
+    if (logic_level(start + s * step))
       capture[static_cast<std::size_t>(59 - s / 8)] |= static_cast<std::uint8_t>(1 << (s % 8));
   }
 }

@@ -36,7 +36,22 @@ void MainWindow::build_menus() {
   on(read_eeprom_menu_, [this] { form_.READ_EEPROM_Click(); });
 
   QMenu* tool = menu("TOOL");
+  // The instruments cannot start while a chip command runs.
+  const auto instrument = [this](WindowId id) {
+    return [this, id] {
+      if (!form_.view().busy) host_.show_window(id);
+    };
+  };
+  on(add_item(tool, "Convertor", "Convertor", QKeySequence(Qt::Key_F8)),
+     [this] { host_.show_window(WindowId::kConverter); });
   on(add_item(tool, "CALC", "Calculator"), [this] { start_calculator(host_); });
+  on(add_item(tool, "LAview", "Logic View", QKeySequence(Qt::Key_F9)),
+     instrument(WindowId::kLogicView));
+  on(add_item(tool, "VM_MANU", "Volt meter", QKeySequence(Qt::Key_F11)),
+     instrument(WindowId::kVoltMeter));
+  on(add_item(tool, "CNT_MENU", "F-Counter", QKeySequence(Qt::Key_F12)),
+     instrument(WindowId::kFrequencyCounter));
+  on(add_item(tool, "CNT_MENU2", "Counter"), instrument(WindowId::kEventCounter));
   on(add_item(tool, "System_Setup", "Setup"), [this] { host_.show_window(WindowId::kSetup); });
 
   QMenu* about = menu("ABOUT");

@@ -1,7 +1,10 @@
 #include "panel/ui/panel_windows.h"
 
+#include "converter/ui/data_conv_window.h"
 #include "image/ui/buffer_viewer.h"
 #include "image/viewer_layout.h"
+#include "instruments/ui/logic_window.h"
+#include "instruments/ui/meter_windows.h"
 #include "panel/shell.h"
 #include "panel/ui/help_window.h"
 #include "panel/ui/setup_window.h"
@@ -13,6 +16,7 @@ PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host
     : form_(form),
       parts_(parts),
       host_(host),
+      logic_view_(parts.unit),
       main_(std::make_unique<MainWindow>(form, host, simulated)) {
   MainWindow* main = main_.get();
   QtWindowManager& windows = host_.windows();
@@ -35,12 +39,29 @@ PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host
                             16, main);
   });
   main_->after_render = [this] { refresh_viewers(); };
+  set_instrument_factories();
+}
+
+void PanelWindows::set_instrument_factories() {
+  MainWindow* main = main_.get();
+  QtWindowManager& windows = host_.windows();
+  windows.set_factory(WindowId::kConverter, [main] { return new DataConvWindow(main); });
+  windows.set_factory(WindowId::kLogicView,
+                      [this, main] { return new LogicWindow(logic_view_, parts_.unit, main); });
+  windows.set_factory(WindowId::kVoltMeter, [this, main] {
+    return new VoltMeterWindow(parts_.unit, parts_.settings, main);
+  });
+  windows.set_factory(WindowId::kFrequencyCounter,
+                      [this, main] { return new FrequencyCounterWindow(parts_.unit, main); });
+  windows.set_factory(WindowId::kEventCounter,
+                      [this, main] { return new EventCounterWindow(parts_.unit, main); });
 }
 
 PanelWindows::~PanelWindows() {
   // The factories refer to this object and the main window.
   for (WindowId id : {WindowId::kHelp, WindowId::kVersion, WindowId::kSetup, WindowId::kDataView,
-                      WindowId::kEepromView}) {
+                      WindowId::kEepromView, WindowId::kConverter, WindowId::kLogicView,
+                      WindowId::kVoltMeter, WindowId::kFrequencyCounter, WindowId::kEventCounter}) {
     host_.windows().set_factory(id, nullptr);
   }
   host_.before_events = nullptr;

@@ -2,7 +2,10 @@
 // The panel's windows around one MainForm: the main window, and the
 // factories by which the host makes every other window at most once.
 #include <memory>
+#include <optional>
 
+#include "instruments/logic_view.h"
+#include "link/unit.h"
 #include "panel/main_form.h"
 #include "panel/ui/main_window.h"
 #include "platform/qt_host.h"
@@ -21,10 +24,13 @@ class PanelWindows {
 
  private:
   void refresh_viewers();
+  void set_instrument_factories();
 
   MainForm& form_;
   PanelParts parts_;
   QtHost& host_;
+  // The logic view's samples outlive its window, as the panel keeps them.
+  LogicView logic_view_;
   std::unique_ptr<MainWindow> main_;
 };
 

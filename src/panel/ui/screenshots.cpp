@@ -6,6 +6,10 @@
 #include <QThread>
 #include <iostream>
 
+#include "converter/ui/data_conv_window.h"
+#include "instruments/ui/logic_window.h"
+#include "instruments/ui/meter_windows.h"
+
 namespace zenta {
 
 namespace {
@@ -23,6 +27,71 @@ bool save(QWidget* window, const QString& path) {
   const bool saved = window->grab().save(path);
   std::cerr << (saved ? "saved " : "could not save ") << path.toStdString() << '\n';
   return saved;
+}
+
+template <typename W>
+W* open(QtHost& host, WindowId id) {
+  return qobject_cast<W*>(host.windows().show(id));
+}
+
+void shoot(QtHost& host, WindowId id, QWidget* window, const QString& path, bool& ok) {
+  ok &= save(window, path);
+  if (QWidget* open_window = host.windows().find(id)) open_window->close();
+}
+
+// Every instrument with something to show: a capture drawn, readings taken.
+bool save_instruments(QtHost& host, const QString& folder) {
+  bool ok = true;
+  if (auto* conv = open<DataConvWindow>(host, WindowId::kConverter)) {
+    conv->model().Text1 = "165";
+    conv->model().Command1_Click();
+    conv->model().Text3 = "A";
+    conv->model().Command2_Click();
+    conv->render();
+  }
+  shoot(host, WindowId::kConverter, host.windows().find(WindowId::kConverter),
+        folder + "/converter.png", ok);
+  if (auto* la = open<LogicWindow>(host, WindowId::kLogicView)) {
+    la->model().Command7_Click();
+    la->render();
+    ok &= save(la, folder + "/logicview.png");
+    la->model().STIME = "2";
+    la->model().Option2_Click();
+    la->model().MAG_Check_Click(true);
+    la->model().Command7_Click();
+    la->model().extend_Click();
+    la->model().Command10_Click();
+    la->render();
+  }
+  shoot(host, WindowId::kLogicView, host.windows().find(WindowId::kLogicView),
+        folder + "/logicview-extended.png", ok);
+  if (auto* vm = open<VoltMeterWindow>(host, WindowId::kVoltMeter)) {
+    vm->model().Command_READ_Click();
+    vm->model().Command_AUTO_Click();
+    vm->render();
+    ok &= save(vm, folder + "/voltmeter.png");
+    vm->model().Command_COMP_Click();
+    vm->render();
+    ok &= save(vm, folder + "/voltmeter-comp.png");
+    vm->model().Volt_Bar_MouseDown();
+    vm->render();
+  }
+  shoot(host, WindowId::kVoltMeter, host.windows().find(WindowId::kVoltMeter),
+        folder + "/voltmeter-diagnostic.png", ok);
+  if (auto* f = open<FrequencyCounterWindow>(host, WindowId::kFrequencyCounter)) {
+    f->model().Command_READ_Click();
+    f->render();
+  }
+  shoot(host, WindowId::kFrequencyCounter, host.windows().find(WindowId::kFrequencyCounter),
+        folder + "/fcounter.png", ok);
+  if (auto* cnt = open<EventCounterWindow>(host, WindowId::kEventCounter)) {
+    cnt->model().Command_START_Click();
+    cnt->model().Command_READ_Click();
+    cnt->render();
+  }
+  shoot(host, WindowId::kEventCounter, host.windows().find(WindowId::kEventCounter),
+        folder + "/counter.png", ok);
+  return ok;
 }
 
 }  // namespace
@@ -60,6 +129,7 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   main.run([&form] { form.READ_EEPROM_Click(); });
   ok &= save(host.windows().find(WindowId::kEepromView), folder + "/eeview.png");
   ok &= save(&main, folder + "/main-after.png");
+  ok &= save_instruments(host, folder);
 
   main.close();
   return ok;

@@ -1,0 +1,122 @@
+// The instrument and converter windows in the panel: menu items, modality,
+// the AUTO timer while modal, and the guard between them and chip commands.
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QPushButton>
+
+#include "link/command_codes.h"
+#include "ui/panel_rig.h"
+
+namespace zenta::testing {
+namespace {
+
+int packets_with_code(const sim::SimUnit& sim, std::uint8_t code) {
+  int count = 0;
+  for (const sim::Exchange& exchange : sim.trace()) count += exchange.tx[0] == code;
+  return count;
+}
+
+TEST(InstrumentWindows, MenuItemsOpenEachWindowOnceWithItsModality) {
+  struct Row {
+    const char* item;
+    const char* caption;
+    QKeySequence key;
+    const char* window;
+    const char* title;
+    bool modal;
+  };
+  const Row rows[] = {
+      {"Convertor", "Convertor", QKeySequence(Qt::Key_F8), "DataConv", "Data Convertor", false},
+      {"LAview", "Logic View", QKeySequence(Qt::Key_F9), "LA", "LOGIC VIEW", false},
+      {"VM_MANU", "Volt meter", QKeySequence(Qt::Key_F11), "VM", "Volt Meter", true},
+      {"CNT_MENU", "F-Counter", QKeySequence(Qt::Key_F12), "Form_FCNT", "Frequency Counter", true},
+      {"CNT_MENU2", "Counter", QKeySequence(), "Form_CNT", "Counter", true},
+  };
+  PanelRig rig;
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.item);
+    auto* action = rig.find<QAction>(row.item);
+    ASSERT_NE(action, nullptr);
+    EXPECT_EQ(action->text().toStdString(), row.caption);
+    EXPECT_EQ(action->shortcut(), row.key);
+    rig.click(row.item);
+    rig.click(row.item);
+    rig.settle();
+    ASSERT_EQ(rig.count(row.window), 1);
+    QWidget* window = rig.find<QWidget>(row.window);
+    EXPECT_EQ(window->windowTitle().toStdString(), row.title);
+    EXPECT_EQ(window->windowModality() == Qt::ApplicationModal, row.modal);
+    window->close();
+    rig.settle();
+  }
+}
+
+TEST(InstrumentWindows, AutoTimerReadsWhileTheModalMeterIsOpen) {
+  PanelRig rig;
+  rig.click("VM_MANU");
+  rig.settle();
+  QWidget* vm = rig.find<QWidget>("VM");
+  ASSERT_NE(vm, nullptr);
+  rig.sim.clear_trace();
+  vm->findChild<QPushButton*>("Command_AUTO")->click();
+  QElapsedTimer clock;
+  clock.start();
+  while (clock.elapsed() < 1300) QApplication::processEvents(QEventLoop::AllEvents, 50);
+  EXPECT_GE(packets_with_code(rig.sim, UNIT_AD_READ), 2);
+  vm->close();
+  rig.settle();
+  rig.sim.clear_trace();
+  clock.restart();
+  while (clock.elapsed() < 700) QApplication::processEvents(QEventLoop::AllEvents, 50);
+  EXPECT_EQ(packets_with_code(rig.sim, UNIT_AD_READ), 0) << "the timer ends with the window";
+}
+
+TEST(InstrumentWindows, ChipCommandsAndInstrumentsNeverRunTogether) {
+  PanelRig rig;
+  rig.click("LAview");
+  rig.settle();
+  auto* trig = rig.find<QWidget>("LA")->findChild<QPushButton*>("Command7");
+  ASSERT_NE(trig, nullptr);
+  {
+    // An instrument holds the unit: chip commands are refused, meters stay shut.
+    Unit::Operation instrument(rig.unit);
+    EXPECT_TRUE(rig.form->view().busy);
+    rig.sim.clear_trace();
+    rig.form->Command_VCC_Click();
+    EXPECT_TRUE(rig.form->READ_Click().refused);
+    EXPECT_TRUE(rig.sim.trace().empty());
+    rig.click("VM_MANU");
+    rig.settle();
+    EXPECT_EQ(rig.count("VM"), 0);
+    EXPECT_FALSE(trig->isEnabled());
+  }
+  EXPECT_FALSE(rig.form->view().busy);
+  EXPECT_TRUE(trig->isEnabled());
+  // A chip command holds the unit while it lets events run: TRIG is shown
+  // disabled, and a click in that pause sends nothing.
+  bool paused = false;
+  const auto render = rig.host.before_events;
+  rig.host.before_events = [&] {
+    if (render) render();
+    if (paused) return;
+    paused = true;
+    EXPECT_TRUE(rig.unit.busy());
+    EXPECT_FALSE(trig->isEnabled());
+    const int before = packets_with_code(rig.sim, UNIT_LA_START);
+    trig->click();
+    EXPECT_EQ(packets_with_code(rig.sim, UNIT_LA_START), before);
+  };
+  rig.form->READ_Click();
+  rig.host.before_events = render;
+  EXPECT_TRUE(paused);
+  EXPECT_FALSE(rig.unit.busy());
+  rig.settle();
+  EXPECT_TRUE(trig->isEnabled());
+  rig.sim.clear_trace();
+  trig->click();
+  EXPECT_EQ(packets_with_code(rig.sim, UNIT_LA_START), 1);
+}
+
+}  // namespace
+}  // namespace zenta::testing
