@@ -40,5 +40,8 @@ class MemorySettingsStore : public SettingsStore {
 
 inline constexpr const char* kSettingsApp = "ZENTA";
 inline constexpr const char* kSettingsSection = "DATA";
+// The panel's own additions stand in a section of their own.
+inline constexpr const char* kPanelSection = "PANEL";
+inline constexpr const char* kExactKey = "EXACT";
 
 }  // namespace zenta

@@ -62,6 +62,7 @@ bool MainForm::Form_Load() {
   restore_device();
   // 8. Tool settings.
   load_tool_settings();
+  view_.exact = settings_.get(kSettingsApp, kPanelSection, kExactKey) == "1";
   // 9. Folders.
   view_.Label7 = "TopDIR = " + start_folder_;
   view_.Label9 = "Current DIR = " + host_.current_folder();

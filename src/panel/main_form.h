@@ -20,6 +20,7 @@
 #include "programming/commands.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
+#include "programming/safe_programming.h"
 
 namespace zenta {
 
@@ -85,6 +86,10 @@ class MainForm : private OperationReport {
   CommandResult READ_Click();
   CommandResult READ_EEPROM_Click();
 
+  // The "exact" menu item: the documented sequences byte for byte with the
+  // safe-programming checks off. Kept in the settings.
+  void Exact_Click(bool checked);
+
   // ---- unit controls ----
   void Command_VCC_Click();
   void Command_LED_Click();
@@ -118,6 +123,9 @@ class MainForm : private OperationReport {
   void let_events_run() override;
 
   CommandResult refused() const;
+  CommandResult safe_write();
+  void show_findings(const std::vector<std::string>& findings);
+  void take_image_facts();
   void select_device(int index);
   void restore_device();
   void load_tool_settings();

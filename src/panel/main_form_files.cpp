@@ -3,6 +3,7 @@
 #include "common/number_text.h"
 #include "image/hex_loader.h"
 #include "panel/main_form.h"
+#include "programming/config_word.h"
 
 namespace zenta {
 
@@ -42,9 +43,25 @@ bool MainForm::load_hex() {
       report.first_address < 0 ? std::int16_t{0} : last_word_of_byte(report.first_address);
   state_.StartAddress = start;
   StartAddrText_Change(hex_text(start));
+  if (!view_.exact) take_image_facts();
   if (host_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
   changed();
   return true;
+}
+
+void MainForm::take_image_facts() {
+  // The file's configuration word and range go into the boxes, visibly, so
+  // the chip gets what the file says and the write and verify cover just
+  // the image's words.
+  std::vector<std::string> findings;
+  if (const auto config = image_config_word(state_)) {
+    const std::string text = config_hex_text(*config >> 8, *config & 0xFF);
+    ConfigAddrText_Change(text);
+    findings.push_back("configuration word " + text + " from the file");
+  }
+  LastAddrText_Change(hex_text(image_last_address(state_, state_.ProgramSize)));
+  if (const auto eeprom = eeprom_data_finding(state_)) findings.push_back(*eeprom);
+  show_findings(findings);
 }
 
 bool MainForm::F_OpenButton_Click() {

@@ -2,18 +2,47 @@
 // the button's sequence inside the unit's operation guard.
 #include "common/number_text.h"
 #include "panel/main_form.h"
+#include "programming/config_word.h"
 
 namespace zenta {
 
 CommandResult MainForm::WriteButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
-  return run_write(ops_, read_hex16(view_.LastAddrText));
+  if (view_.exact) return run_write(ops_, read_hex16(view_.LastAddrText));
+  return safe_write();
+}
+
+CommandResult MainForm::safe_write() {
+  // Nothing loaded or a tool still running: refused as the write itself
+  // refuses, before the pre-flight touches the chip.
+  if (state_.WaitTicks != 0 || state_.DataLoaded == 0) {
+    return run_write(ops_, read_hex16(view_.LastAddrText));
+  }
+  const Preflight preflight = preflight_write(ops_, view_.PICsel);
+  show_findings(preflight.findings);
+  if (preflight.refused) {
+    host_.message_box(preflight.refusal, "WRITE ERROR", MessageIcon::kStop);
+    notes("Write refused", kRed);
+    return refused();
+  }
+  // What the checks changed is shown before the write starts.
+  LastAddrText_Change(hex_text(preflight.last_address));
+  ConfigAddrText_Change(config_hex_text(state_.ConfigHigh, state_.ConfigLow));
+  ops_.step_over_blank_words = true;
+  const CommandResult result = run_write(ops_, preflight.last_address);
+  ops_.step_over_blank_words = false;
+  return result;
 }
 
 CommandResult MainForm::VerifyButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
+  // The loader leaves LastAddress past a configuration record; the check
+  // compares the image's program words instead.
+  if (!view_.exact && state_.DataLoaded != 0) {
+    state_.LastAddress = image_last_address(state_, state_.ProgramSize);
+  }
   const CommandResult result = run_verify(ops_);
   changed();
   return result;
@@ -54,6 +83,23 @@ bool MainForm::run_procedure(const std::function<void(ChipOperations&)>& procedu
   procedure(ops_);
   changed();
   return true;
+}
+
+void MainForm::show_findings(const std::vector<std::string>& findings) {
+  std::string line;
+  for (const std::string& finding : findings) {
+    if (!line.empty()) line += " \u2013 ";
+    line += finding;
+  }
+  view_.StatusLine = line;
+  changed();
+}
+
+void MainForm::Exact_Click(bool checked) {
+  view_.exact = checked;
+  if (checked) view_.StatusLine.clear();
+  settings_.save(kSettingsApp, kPanelSection, kExactKey, checked ? "1" : "0");
+  changed();
 }
 
 void MainForm::Buffer_view_Click() {

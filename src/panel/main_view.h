@@ -22,6 +22,11 @@ struct Progress {
 struct MainView {
   std::string NotesLabel;
   std::uint32_t NotesColor = kWhite;
+  // What the safe-programming checks found, below the notes line: "16F628A
+  // rev 3 - calibration 3480 kept". Empty in exact mode.
+  std::string StatusLine;
+  // The "exact" setting: the documented sequences byte for byte, no checks.
+  bool exact = false;
 
   std::string FilenameTextbox = "File name";
   std::string StartAddrText;

@@ -61,8 +61,10 @@ void ChipOperations::WRITE_PROG() {
     const int end = last + 1;
     for (int a = 0; a <= end; ++a) {
       report_.current_address(a);
-      link_.SENDCMD(ICSP_LOAD_DATA, buffer[2 * a + 1], buffer[2 * a]);
-      link_.SENDCMD(cycle);
+      if (!step_over_blank_words || state_.word(a) != kBlankWord) {
+        link_.SENDCMD(ICSP_LOAD_DATA, buffer[2 * a + 1], buffer[2 * a]);
+        link_.SENDCMD(cycle);
+      }
       link_.SENDCMD(ICSP_INC_ADDR, 1);
       report_.progress(a + 1, end + 1);
       report_.let_events_run();

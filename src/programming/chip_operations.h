@@ -69,6 +69,11 @@ class ChipOperations {
   // The erase procedure of the device's EraseMode.
   void CHIP_ERASE();
 
+  // In the word-by-word modes, a blank word after the erase gets only its
+  // address step, no load and no programming cycle: a safe write's range
+  // may then run to the chip's end without touching what lies past it.
+  bool step_over_blank_words = false;
+
   // Supply and LED with their captions.
   void set_supply(bool on);
   void set_led(bool on);

@@ -45,7 +45,10 @@ struct FormParts {
 };
 
 struct PanelRig {
-  PanelRig(const std::string& chip, int device) : unit(chip) {
+  // Exact by default: the documented sequences, which most tests pin; the
+  // safe-programming tests ask for the checks.
+  PanelRig(const std::string& chip, int device, bool exact = true) : unit(chip) {
+    store.save(kSettingsApp, kPanelSection, kExactKey, exact ? "1" : "0");
     form.Form_Load();
     form.PICsel_Click(device);
     host.boxes.clear();

@@ -30,6 +30,8 @@ class PanelRig {
       open_answers.pop_front();
       return answer;
     };
+    // The documented sequences, which these tests pin.
+    store.save(kSettingsApp, kPanelSection, kExactKey, "1");
     form = std::make_unique<MainForm>(parts);
     started = form->Form_Load();
     windows = std::make_unique<PanelWindows>(*form, parts, host, true);

@@ -1,0 +1,53 @@
+#pragma once
+// The checks that guard the user's chip beyond the documented sequences:
+// a short pre-flight of their own with the target powered, before the
+// sequence runs, that may refuse with a message saying what to do and may
+// adjust what the sequence then writes (the last address, the
+// configuration word, the calibration word in the image). The "exact"
+// setting turns them all off.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "programming/chip_operations.h"
+#include "programming/chips.h"
+
+namespace zenta {
+
+// What the pre-flight found, for the status line and the command line's
+// messages, in the order found.
+struct Preflight {
+  bool refused = false;
+  std::string refusal;  // shown in a stop box when refused
+  std::optional<ChipFacts> chip;
+  int revision = 0;
+  int program_words = 0;          // of the chip that answered, or the entry's
+  std::int16_t last_address = 0;  // the image's words within the chip
+  std::vector<std::string> findings;
+};
+
+// Highest program word of the image below `words` that is not blank, -1
+// when there is none.
+int last_image_word(const ProgrammerState& state, int words);
+// LAST for the image: its last program word + 1, so the verify covers that
+// word, and never past `words`.
+std::int16_t image_last_address(const ProgrammerState& state, int words);
+// "EEPROM data at 2100-2107 not written" when the image holds EEPROM bytes
+// (0x2100 on), which the write does not program.
+std::optional<std::string> eeprom_data_finding(const ProgrammerState& state);
+// The image's configuration word (0x2007) when it holds one.
+std::optional<std::uint16_t> image_config_word(const ProgrammerState& state);
+
+// The chip's ID against catalogue entry `entry`, the target powered around
+// it. A blank answer is accepted only by the 16F84 entry, whose chip has no
+// ID word.
+Preflight check_chip(ChipOperations& ops, int entry);
+
+// The pre-flight of a write: the chip check, then on calibrated chips the
+// calibration word at 0x3FF and the band-gap bits, kept in the image and
+// the configuration word, and the last address of the image within the
+// chip. Adjusts state (ConfigWord and its bytes, ProgramBuffer at 0x3FF).
+Preflight preflight_write(ChipOperations& ops, int entry);
+
+}  // namespace zenta

@@ -1,0 +1,170 @@
+// The safe-programming checks through the panel's form: what a new user
+// meets with the documented sequences, and what the checks make of it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "common/number_text.h"
+#include "image/hex_writer.h"
+#include "link/command_codes.h"
+#include "panel_rig.h"
+#include "temp_dir.h"
+
+namespace zenta::testing {
+namespace {
+
+// A small program as gpasm writes it: sixteen words and a __CONFIG word.
+std::string sixteen_word_image(TempDir& dir, int config, std::vector<HexWord> extra = {}) {
+  std::vector<HexWord> words;
+  for (std::uint16_t w = 0; w < 16; ++w)
+    words.push_back({w, static_cast<std::uint16_t>(0x2800 + w)});
+  words.push_back({0x2007, static_cast<std::uint16_t>(config)});
+  words.insert(words.end(), extra.begin(), extra.end());
+  const std::string path = dir.file("program.hex");
+  EXPECT_TRUE(write_inhx8m_file(path, words));
+  return path;
+}
+
+bool touches_memory(const sim::SimUnit& unit) {
+  return std::any_of(unit.trace().begin(), unit.trace().end(), [](const auto& exchange) {
+    const std::uint8_t code = exchange.tx[0];
+    return code == ICSP_LOAD_DATA || code == ICSP_BEGIN_ERASE_PROG ||
+           code == ICSP_BULK_ERASE_PROG || code == ICSP_BEGIN_PROG_ONLY ||
+           code == ICSP_CHIP_ERASE || code == ICSP_BULK_SETUP1;
+  });
+}
+
+TEST(SafeWrite, TheWrongChipOrNoChipIsRefusedBeforeTheChipIsTouched) {
+  const struct {
+    const char* chip;
+    int device;
+    const char* says;
+  } cases[] = {
+      {"16F628A", 1, "A 16F628A is in the socket; the selected device is 16F87xA. Select 16F62xA."},
+      {"16F877A", 5, "A 16F877A is in the socket; the selected device is 16F62xA. Select 16F87xA."},
+      {"16F84A", 2, "A 16F84A is in the socket; the selected device is 16F84. Select 16F84A."},
+      {"none", 1, "No chip answered (ID 3FFF): check the chip in the socket and the target supply"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.chip);
+    TempDir dir;
+    PanelRig rig(c.chip, c.device, false);
+    if (std::string(c.chip) != "none") rig.unit.set_program_word(0, 0x1234);
+    rig.host.open_answers = {sixteen_word_image(dir, 0x3F32)};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    rig.unit.clear_trace();
+    rig.host.boxes.clear();
+    EXPECT_TRUE(rig.form.WriteButton_Click().refused);
+    ASSERT_EQ(rig.box_texts(), std::vector<std::string>{c.says});
+    EXPECT_FALSE(touches_memory(rig.unit));
+    if (std::string(c.chip) != "none") {
+      EXPECT_EQ(rig.unit.program_word(0), 0x1234);
+    }
+    EXPECT_EQ(rig.form.view().NotesLabel, "Write refused");
+  }
+}
+
+TEST(SafeWrite, TheChipEndsUpHoldingTheImageWithTheFilesConfigurationWord) {
+  // Chip, entry, a configuration word its entry's box would not give.
+  const struct {
+    const char* chip;
+    int device;
+    int config;
+  } cases[] = {{"16F877A", 1, 0x3F32}, {"16F84A", 3, 0x3FF1}, {"16F628A", 5, 0x3F70},
+               {"16F876", 0, 0x3F32},  {"16F819", 7, 0x3F70}, {"16F628", 4, 0x3F70}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.chip);
+    TempDir dir;
+    PanelRig rig(c.chip, c.device, false);
+    for (int w = 0; w < 0x40; ++w) rig.unit.set_program_word(w, 0x0055);
+    rig.host.open_answers = {sixteen_word_image(dir, c.config)};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    // Loading shows what the write will do: the file's word, the image's range.
+    EXPECT_EQ(rig.form.view().ConfigAddrText, hex_text(c.config >> 8) + hex_text(c.config & 0xFF));
+    EXPECT_EQ(rig.form.view().LastAddrText, "10");
+    EXPECT_NE(rig.form.view().StatusLine.find("from the file"), std::string::npos);
+
+    const CommandResult result = rig.form.WriteButton_Click();
+    EXPECT_TRUE(result.ok());
+    EXPECT_TRUE(rig.host.boxes.empty()) << rig.host.boxes.front().text;
+    for (int w = 0; w < rig.unit.chip().program_words; ++w) {
+      ASSERT_EQ(rig.unit.program_word(w), w < 16 ? 0x2800 + w : 0x3FFF) << "word " << w;
+    }
+    EXPECT_EQ(rig.unit.config_word(), c.config);
+    EXPECT_NE(rig.form.view().StatusLine.find(c.chip), std::string::npos);
+
+    // Loading the same file again, the verify covers the image, not 0x2000 on.
+    rig.host.open_answers = {dir.file("program.hex")};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    EXPECT_TRUE(rig.form.VerifyButton_Click().ok());
+    EXPECT_EQ(rig.form.view().NotesLabel, "Verify Complete");
+  }
+}
+
+TEST(SafeWrite, CalibratedChipsKeepTheirCalibrationWordAndBandGapBits) {
+  const struct {
+    const char* name;
+    bool exact;
+    int chip_word;   // at 0x3FF before the write
+    int image_word;  // the file's word at 0x3FF, 0x3FFF for none
+    int calibration_after;
+    int config_after;
+    const char* finding;
+  } cases[] = {
+      {"kept", false, 0x3480, 0x3FFF, 0x3480, 0x21C4, "calibration 3480 kept"},
+      {"the file's own", false, 0x3480, 0x3470, 0x3470, 0x21C4, "calibration 3470 from the file"},
+      {"already lost", false, 0x3FFF, 0x3FFF, 0x3FFF, 0x21C4, "is no RETLW: already lost"},
+      {"exact loses it", true, 0x3480, 0x3FFF, 0x3FFF, 0x31C4, nullptr},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    TempDir dir;
+    PanelRig rig("12F675", 6, c.exact);
+    rig.unit.set_program_word(0x3FF, c.chip_word);
+    rig.unit.set_config_word(0x21FF);  // band-gap bits 10
+    std::vector<HexWord> extra;
+    if (c.image_word != 0x3FFF) extra.push_back({0x3FF, static_cast<std::uint16_t>(c.image_word)});
+    rig.host.open_answers = {sixteen_word_image(dir, 0x31C4, extra)};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    if (c.exact) rig.form.ConfigAddrText_Change("31C4");
+    rig.form.WriteButton_Click();
+    EXPECT_EQ(rig.unit.program_word(0x3FF), c.calibration_after);
+    EXPECT_EQ(rig.unit.config_word(), c.config_after);
+    for (int w = 0; w < 16; ++w) ASSERT_EQ(rig.unit.program_word(w), 0x2800 + w);
+    if (c.finding) {
+      EXPECT_NE(rig.form.view().StatusLine.find(c.finding), std::string::npos)
+          << rig.form.view().StatusLine;
+    }
+  }
+}
+
+TEST(SafeWrite, EepromDataInTheFileIsNamedAsNotWritten) {
+  TempDir dir;
+  PanelRig rig("16F877A", 1, false);
+  rig.host.open_answers = {sixteen_word_image(dir, 0x3F32, {{0x2100, 0x12}, {0x2107, 0x34}})};
+  ASSERT_TRUE(rig.form.F_OpenButton_Click());
+  EXPECT_NE(rig.form.view().StatusLine.find("EEPROM data at 2100\u20132107 not written"),
+            std::string::npos)
+      << rig.form.view().StatusLine;
+}
+
+TEST(SafeWrite, ExactIsKeptInTheSettingsAndClearsTheStatusLine) {
+  TempDir dir;
+  PanelRig rig("16F877A", 1, false);
+  rig.host.open_answers = {sixteen_word_image(dir, 0x3F32)};
+  rig.form.F_OpenButton_Click();
+  EXPECT_FALSE(rig.form.view().StatusLine.empty());
+  rig.form.Exact_Click(true);
+  EXPECT_TRUE(rig.form.view().exact);
+  EXPECT_TRUE(rig.form.view().StatusLine.empty());
+  EXPECT_EQ(rig.store.get(kSettingsApp, kPanelSection, kExactKey), "1");
+  // With exact on, loading leaves the boxes as the documented loader does.
+  rig.form.ConfigAddrText_Change("3F3B");
+  rig.host.open_answers = {dir.file("program.hex")};
+  rig.form.F_OpenButton_Click();
+  EXPECT_EQ(rig.form.view().ConfigAddrText, "3F3B");
+  EXPECT_EQ(rig.form.view().LastAddrText, "2000");  // past the image, up to the entry's size
+}
+
+}  // namespace
+}  // namespace zenta::testing
