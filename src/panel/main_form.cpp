@@ -38,7 +38,11 @@ bool MainForm::Form_Load() {
   changed();
   // 5. Open the unit; without it there is nothing the panel can do.
   if (link_.open_driver() != 0) {
-    host_.message_box("Unit not Found", "USB ERROR", MessageIcon::kStop);
+    // The box keeps its text; what the driver found out follows it, so the
+    // user can tell an absent unit from a busy or forbidden one.
+    const std::string hint = link_.open_failure_hint();
+    host_.message_box(hint.empty() ? "Unit not Found" : "Unit not Found\n\n" + hint, "USB ERROR",
+                      MessageIcon::kStop);
     return false;
   }
   // 6. Firmware identification: the first exchange, so the reply text holds
