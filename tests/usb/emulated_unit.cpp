@@ -64,6 +64,7 @@ struct Urb {
 
 struct EmulatedUnit::Impl {
   sim::SimUnit& unit;
+  unsigned char urb_type;  // of both data endpoints
   UMockdevTestbed* testbed = nullptr;
   UMockdevIoctlBase* handler = nullptr;
   std::string node_path;
@@ -88,7 +89,10 @@ struct EmulatedUnit::Impl {
   int in_stall_at = kNever;
   int unplug_at = kNever;
 
-  explicit Impl(sim::SimUnit& u) : unit(u) {}
+  Impl(sim::SimUnit& u, EndpointKind kind)
+      : unit(u),
+        urb_type(kind == EndpointKind::kInterrupt ? USBDEVFS_URB_TYPE_INTERRUPT
+                                                  : USBDEVFS_URB_TYPE_BULK) {}
 
   void finish(Urb urb, int status, int length) {
     urb.fields()->status = status;
@@ -133,6 +137,12 @@ struct EmulatedUnit::Impl {
   void submit(UMockdevIoctlClient* client, UMockdevIoctlData* arg) {
     UMockdevIoctlData* data = umockdev_ioctl_data_resolve(arg, 0, sizeof(usbdevfs_urb), nullptr);
     auto* fields = reinterpret_cast<usbdevfs_urb*>(data->data);
+    // The kernel refuses a transfer of another type than the endpoint's.
+    if (fields->type != urb_type) {
+      g_object_unref(data);
+      umockdev_ioctl_client_complete(client, -1, EINVAL);
+      return;
+    }
     if (gone || (fields->endpoint == kOut && exchanges + 1 >= unplug_at)) {
       gone = true;
       g_object_unref(data);
@@ -285,7 +295,7 @@ struct EmulatedUnit::Impl {
 
 EmulatedUnit::EmulatedUnit(sim::SimUnit& unit, std::uint16_t vendor, std::uint16_t product,
                            EndpointKind kind)
-    : impl_(std::make_unique<Impl>(unit)) {
+    : impl_(std::make_unique<Impl>(unit, kind)) {
   impl_->testbed = umockdev_testbed_new();
   const std::string desc = hex(descriptors(vendor, product, kind));
   char ids[32];
