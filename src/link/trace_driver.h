@@ -22,6 +22,8 @@ class TraceDriver : public UnitDriver {
   void close() override;
   std::int32_t write(const std::uint8_t* buffer, std::int32_t length) override;
   std::int32_t read(std::uint8_t* buffer, std::int32_t length) override;
+  UnitCondition condition() const override { return inner_.condition(); }
+  std::string open_failure_hint() const override { return inner_.open_failure_hint(); }
 
  private:
   void flush_pending();

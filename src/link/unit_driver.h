@@ -3,6 +3,7 @@
 // libusb driver and the maker's library on Windows all plug in here, so the
 // rest of the panel never knows which one it talks to.
 #include <cstdint>
+#include <string>
 
 namespace zenta {
 
@@ -20,6 +21,15 @@ enum DriverResult : std::int32_t {
 
 inline constexpr std::int32_t kPacketSize = 8;
 
+// What the driver's last transfer says about the unit. The link's verdict
+// on an exchange does not depend on it; an operation that must decide
+// whether going on makes sense asks it after a failed exchange.
+enum class UnitCondition {
+  kAnswering,     // the last transfer went through, or failed for another reason
+  kNotAnswering,  // the last transfer timed out
+  kGone,          // the unit was unplugged; nothing will go through again
+};
+
 class UnitDriver {
  public:
   virtual ~UnitDriver() = default;
@@ -31,6 +41,12 @@ class UnitDriver {
   // Number of bytes read; exactly `length` means success. The bytes are the
   // unit's reply to the packet written last.
   virtual std::int32_t read(std::uint8_t* buffer, std::int32_t length) = 0;
+
+  virtual UnitCondition condition() const { return UnitCondition::kAnswering; }
+  // After a failed open(): one or two sentences that tell the user why the
+  // unit could not be opened and what to do. Empty when there is nothing
+  // more to say than the result code.
+  virtual std::string open_failure_hint() const { return {}; }
 };
 
 }  // namespace zenta

@@ -51,6 +51,12 @@ class UnitLink {
   // status box and returns the driver's result.
   std::int32_t open_driver();
   void close_driver();
+  // Why the last open_driver() failed and what to do, when the driver
+  // knows more than its result code; empty otherwise.
+  std::string open_failure_hint() const { return driver_.open_failure_hint(); }
+  // What the driver's last transfer says about the unit: an operation asks
+  // after a failed exchange whether going on makes sense.
+  UnitCondition condition() const { return driver_.condition(); }
 
   std::array<std::uint8_t, 8> TxBuffer{};
   // Indexes 8 and 9 exist but are never written.

@@ -52,7 +52,11 @@ bool MainForm::Form_Load() {
   Unit::Operation operation(unit_);
   // 5. Open the unit; without it there is nothing the panel can do.
   if (unit_.open() != 0) {
-    host_.message_box("Unit not Found", "USB ERROR", MessageIcon::kStop);
+    // The box keeps its text; what the driver found out follows it, so the
+    // user can tell an absent unit from a busy or forbidden one.
+    const std::string hint = unit_.link().open_failure_hint();
+    host_.message_box(hint.empty() ? "Unit not Found" : "Unit not Found\n\n" + hint, "USB ERROR",
+                      MessageIcon::kStop);
     return false;
   }
   // 6. Firmware identification: the first exchange, so the reply text holds

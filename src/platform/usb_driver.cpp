@@ -5,6 +5,7 @@
 #include <libusb.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <vector>
 
@@ -43,6 +44,12 @@ std::optional<UsbId> parse_usb_id(const std::string& text) {
   return UsbId{*vendor, *product};
 }
 
+std::string usb_id_text(const UsbId& id) {
+  char text[10];
+  std::snprintf(text, sizeof text, "%04x:%04x", id.vendor, id.product);
+  return text;
+}
+
 std::optional<UsbId> usb_id_from_environment(std::string& error) {
   const char* value = std::getenv("ZENTA_USB_ID");
   if (value == nullptr) return kUnitUsbId;
@@ -62,21 +69,66 @@ UsbDriver::~UsbDriver() {
 
 std::int32_t UsbDriver::open() {
   if (handle_ != nullptr) return kDriverAlreadyOpen;
-  if (init_(&context_) != LIBUSB_SUCCESS) {
+  hint_.clear();
+  condition_ = UnitCondition::kAnswering;
+  if (const int result = init_(&context_); result != LIBUSB_SUCCESS) {
     context_ = nullptr;
+    hint_ = std::string("The USB library could not start (") + libusb_error_name(result) + ").";
     return kDriverOpenError;
   }
-  handle_ = libusb_open_device_with_vid_pid(context_, id_.vendor, id_.product);
-  if (handle_ != nullptr) {
-    // A kernel driver (HID, for one) may hold the interface; it gets it back
-    // on release. Not supported on every system, where nothing holds it.
-    libusb_set_auto_detach_kernel_driver(handle_, 1);
-    if (find_endpoints() && libusb_claim_interface(handle_, interface_) == LIBUSB_SUCCESS) {
-      return kDriverOk;
-    }
-    interface_ = -1;
+  const std::int32_t result = open_handle();
+  if (result != kDriverOk) {
+    close();
+    return result;
   }
-  close();
+  drain();
+  return kDriverOk;
+}
+
+std::int32_t UsbDriver::open_handle() {
+  const std::string id = usb_id_text(id_);
+  libusb_device** list = nullptr;
+  const ssize_t count = libusb_get_device_list(context_, &list);
+  int result = LIBUSB_ERROR_NO_DEVICE;
+  for (ssize_t i = 0; i < count && result == LIBUSB_ERROR_NO_DEVICE; ++i) {
+    libusb_device_descriptor descriptor{};
+    if (libusb_get_device_descriptor(list[i], &descriptor) != LIBUSB_SUCCESS) continue;
+    if (descriptor.idVendor != id_.vendor || descriptor.idProduct != id_.product) continue;
+    result = libusb_open(list[i], &handle_);
+  }
+  if (count >= 0) libusb_free_device_list(list, 1);
+  if (result == LIBUSB_ERROR_NO_DEVICE) {
+    hint_ = "No unit with the USB id " + id +
+            " is plugged in. Plug it in; if lsusb shows it with another id, set "
+            "ZENTA_USB_ID to that id.";
+    return kDriverOpenError;
+  }
+  if (result == LIBUSB_ERROR_ACCESS) {
+    hint_ = "The unit " + id +
+            " is plugged in, but this user may not use it. Install the udev rule "
+            "(zenta udev-rule prints it), then unplug the unit and plug it in again.";
+    return kDriverOpenError;
+  }
+  if (result != LIBUSB_SUCCESS) {
+    hint_ = "The unit " + id + " is plugged in but cannot be opened (" + libusb_error_name(result) +
+            ").";
+    return kDriverOpenError;
+  }
+  // A kernel driver (HID, for one) may hold the interface; it gets it back
+  // on release. Not supported on every system, where nothing holds it.
+  libusb_set_auto_detach_kernel_driver(handle_, 1);
+  if (!find_endpoints()) {
+    hint_ = "The device " + id + " has no OUT and IN endpoint pair: is it the unit?";
+    return kDriverOpenError;
+  }
+  result = libusb_claim_interface(handle_, interface_);
+  if (result == LIBUSB_SUCCESS) return kDriverOk;
+  interface_ = -1;
+  hint_ =
+      result == LIBUSB_ERROR_BUSY
+          ? "The unit " + id + " is in use by another program. Close that program and try again."
+          : "The unit " + id + " is plugged in but cannot be claimed (" +
+                libusb_error_name(result) + ").";
   return kDriverOpenError;
 }
 
@@ -126,21 +178,58 @@ void UsbDriver::close() {
   }
 }
 
-int UsbDriver::transfer(std::uint8_t endpoint, bool interrupt, std::uint8_t* data, int length) {
-  int transferred = 0;
-  const int result =
-      interrupt
-          ? libusb_interrupt_transfer(handle_, endpoint, data, length, &transferred, timeout_ms_)
-          : libusb_bulk_transfer(handle_, endpoint, data, length, &transferred, timeout_ms_);
-  return result == LIBUSB_SUCCESS ? transferred : -1;
+int UsbDriver::transfer(std::uint8_t endpoint, bool interrupt, std::uint8_t* data, int length,
+                        int timeout_ms, int& done) {
+  done = 0;
+  return interrupt ? libusb_interrupt_transfer(handle_, endpoint, data, length, &done, timeout_ms)
+                   : libusb_bulk_transfer(handle_, endpoint, data, length, &done, timeout_ms);
+}
+
+int UsbDriver::exchange_transfer(std::uint8_t endpoint, bool interrupt, std::uint8_t* data,
+                                 int length, int& done) {
+  int result = transfer(endpoint, interrupt, data, length, timeout_ms_, done);
+  if (result == LIBUSB_ERROR_PIPE && libusb_clear_halt(handle_, endpoint) == LIBUSB_SUCCESS) {
+    result = transfer(endpoint, interrupt, data, length, timeout_ms_, done);
+  }
+  switch (result) {
+    case LIBUSB_ERROR_TIMEOUT:
+      condition_ = UnitCondition::kNotAnswering;
+      break;
+    case LIBUSB_ERROR_NO_DEVICE:
+      condition_ = UnitCondition::kGone;
+      break;
+    default:
+      condition_ = UnitCondition::kAnswering;
+  }
+  return result;
+}
+
+void UsbDriver::drain() {
+  drain_due_ = false;
+  std::vector<std::uint8_t> data(static_cast<std::size_t>(std::max(kPacketSize, in_packet_size_)));
+  // Bounded, so a unit that streams replies cannot keep the driver here.
+  for (int i = 0; i < 64; ++i) {
+    int done = 0;
+    const int result = transfer(in_endpoint_, in_interrupt_, data.data(),
+                                static_cast<int>(data.size()), kUsbDrainTimeoutMs, done);
+    if (result == LIBUSB_ERROR_PIPE) {
+      libusb_clear_halt(handle_, in_endpoint_);
+      continue;
+    }
+    if (result == LIBUSB_ERROR_NO_DEVICE) condition_ = UnitCondition::kGone;
+    if (result != LIBUSB_SUCCESS) return;
+    ++drained_;
+  }
 }
 
 std::int32_t UsbDriver::write(const std::uint8_t* buffer, std::int32_t length) {
   if (handle_ == nullptr) return kDriverNotOpen;
   if (length < 0) return kDriverWriteError;
+  if (drain_due_) drain();
   std::vector<std::uint8_t> data(buffer, buffer + length);
-  const int sent = transfer(out_endpoint_, out_interrupt_, data.data(), length);
-  return sent == length ? length : kDriverWriteError;
+  int sent = 0;
+  const int result = exchange_transfer(out_endpoint_, out_interrupt_, data.data(), length, sent);
+  return result == LIBUSB_SUCCESS && sent == length ? length : kDriverWriteError;
 }
 
 std::int32_t UsbDriver::read(std::uint8_t* buffer, std::int32_t length) {
@@ -149,9 +238,12 @@ std::int32_t UsbDriver::read(std::uint8_t* buffer, std::int32_t length) {
   // Ask for a whole packet of the endpoint: a unit that pads its reply to
   // the packet size would otherwise overflow the transfer.
   std::vector<std::uint8_t> data(static_cast<std::size_t>(std::max(length, in_packet_size_)));
-  const int received =
-      transfer(in_endpoint_, in_interrupt_, data.data(), static_cast<int>(data.size()));
-  if (received < length) return kDriverReadError;
+  int received = 0;
+  const int result = exchange_transfer(in_endpoint_, in_interrupt_, data.data(),
+                                       static_cast<int>(data.size()), received);
+  // The reply may still come; it must not be taken for the next packet's.
+  if (result == LIBUSB_ERROR_TIMEOUT) drain_due_ = true;
+  if (result != LIBUSB_SUCCESS || received < length) return kDriverReadError;
   std::copy_n(data.begin(), length, buffer);
   return length;
 }

@@ -23,15 +23,28 @@ struct UsbId {
 inline constexpr UsbId kUnitUsbId{0x1209, 0x5A4E};
 // How long one transfer may take before it counts as failed.
 inline constexpr int kUsbTimeoutMs = 1000;
+// How long a drain waits for one more stale reply. Replies come within a
+// few milliseconds of their packet; a drain runs only at open and after a
+// read that timed out, so its wait is paid once per trouble, not per packet.
+inline constexpr int kUsbDrainTimeoutMs = 50;
 
 // "VVVV:PPPP", one to four hexadecimal digits (either case) on each side and
 // nothing else; nullopt otherwise.
 std::optional<UsbId> parse_usb_id(const std::string& text);
 
+// "1209:5a4e": the id as lsusb shows it.
+std::string usb_id_text(const UsbId& id);
+
 // The id to look for: ZENTA_USB_ID when set, else kUnitUsbId. nullopt, with
 // `error` filled, when ZENTA_USB_ID is set but malformed.
 std::optional<UsbId> usb_id_from_environment(std::string& error);
 
+// Each packet is one transfer out and each reply one transfer in, with no
+// sequence number in either. A reply that arrives after its read timed out
+// would answer the next packet, and every later reply would be one behind.
+// So the driver throws away replies nobody waits for: when it opens the
+// unit and before the first packet after a read that timed out. A stalled
+// endpoint is cleared and its transfer tried once more.
 class UsbDriver : public UnitDriver {
  public:
   // Stands in for libusb_init; tests replace it to see a failing library.
@@ -44,19 +57,32 @@ class UsbDriver : public UnitDriver {
   UsbDriver& operator=(const UsbDriver&) = delete;
 
   // kDriverOpenError when libusb cannot start, no unit with the id is there,
-  // it cannot be opened (permissions) or its interface cannot be claimed.
+  // it cannot be opened (permissions) or its interface cannot be claimed
+  // (another program has it); open_failure_hint() says which.
   std::int32_t open() override;
   void close() override;
   // kDriverNotOpen before open(); kDriverWriteError / kDriverReadError when
   // the transfer fails, times out or moves fewer bytes than asked.
   std::int32_t write(const std::uint8_t* buffer, std::int32_t length) override;
   std::int32_t read(std::uint8_t* buffer, std::int32_t length) override;
+  UnitCondition condition() const override { return condition_; }
+  std::string open_failure_hint() const override { return hint_; }
 
   const UsbId& id() const { return id_; }
+  // Stale replies thrown away since the driver was made.
+  int replies_drained() const { return drained_; }
 
  private:
+  std::int32_t open_handle();
   bool find_endpoints();
-  int transfer(std::uint8_t endpoint, bool interrupt, std::uint8_t* data, int length);
+  // libusb's result; `done` gets the bytes moved.
+  int transfer(std::uint8_t endpoint, bool interrupt, std::uint8_t* data, int length,
+               int timeout_ms, int& done);
+  // A transfer of an exchange: a stall is cleared and the transfer tried
+  // once more; the outcome sets condition().
+  int exchange_transfer(std::uint8_t endpoint, bool interrupt, std::uint8_t* data, int length,
+                        int& done);
+  void drain();
 
   UsbId id_;
   int timeout_ms_;
@@ -69,6 +95,10 @@ class UsbDriver : public UnitDriver {
   bool out_interrupt_ = false;
   bool in_interrupt_ = false;
   int in_packet_size_ = 0;
+  UnitCondition condition_ = UnitCondition::kAnswering;
+  std::string hint_;
+  bool drain_due_ = false;
+  int drained_ = 0;
 };
 
 }  // namespace zenta

@@ -1,0 +1,273 @@
+// The libusb driver through real libusb, against a simulated unit on an
+// emulated USB bus. The reference is the same simulated chip driven
+// directly: whatever the bus does, the unit must receive the same packets
+// and the panel must get the same replies.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "core/fakes.h"
+#include "emulated_unit.h"
+#include "link/command_codes.h"
+#include "panel/main_form.h"
+#include "platform/usb_driver.h"
+
+namespace zenta::testing {
+namespace {
+
+constexpr int kTimeoutMs = 150;
+// A chip with 1K words keeps the whole read short; the reference and the
+// emulated bus read the same chip.
+constexpr const char* kChip = "16F84A";
+constexpr int kDevice = 3;  // 16F84A
+
+#define REQUIRE_UMOCKDEV()                                  \
+  do {                                                      \
+    std::string why;                                        \
+    if (!EmulatedUnit::available(why)) GTEST_SKIP() << why; \
+  } while (false)
+
+// A chip with a pattern in program memory that no shifted read matches.
+void fill_program(sim::SimUnit& unit) {
+  for (int address = 0; address < 0x400; address += 7) {
+    unit.set_program_word(address, (address * 7 + 0x155) & 0x3FFF);
+  }
+}
+
+double seconds_since(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Start-up, the chip's device entry, then READ: the panel's whole program read.
+struct Session {
+  sim::SimUnit& unit;
+  UnitDriver& driver;
+  FakeHost host;
+  MemorySettingsStore store;
+  ProgrammerState state;
+  ToolSettings tools;
+  BufferViewModel program_view = make_program_view();
+  BufferViewModel eeprom_view = make_eeprom_view();
+  Unit opened{driver, host};
+  MainForm form{{opened, host, store, state, tools, program_view, eeprom_view}};
+
+  Session(sim::SimUnit& u, UnitDriver& d) : unit(u), driver(d) {}
+  bool start() {
+    store.save(kSettingsApp, kPanelSection, kExactKey, "1");  // the documented sequences
+    if (!form.Form_Load()) return false;
+    form.PICsel_Click(kDevice);
+    return true;
+  }
+  int boxes(const std::string& text) const {
+    int count = 0;
+    for (const auto& box : host.boxes) count += box.text == text;
+    return count;
+  }
+};
+
+struct Reference {
+  std::vector<sim::Exchange> trace;
+  ProgrammerState state;
+};
+
+Reference reference_read() {
+  sim::SimUnit unit(kChip);
+  fill_program(unit);
+  Session session(unit, unit);
+  EXPECT_TRUE(session.start());
+  session.form.READ_Click();
+  return {unit.trace(), session.state};
+}
+
+void expect_same_trace(const std::vector<sim::Exchange>& got,
+                       const std::vector<sim::Exchange>& want) {
+  ASSERT_EQ(got.size(), want.size());
+  for (std::size_t i = 0; i < got.size(); ++i) {
+    ASSERT_EQ(got[i].tx, want[i].tx) << "packet " << i + 1;
+    ASSERT_EQ(got[i].rx, want[i].rx) << "reply " << i + 1;
+  }
+}
+
+// Faults of the bus that the driver must absorb or report without losing
+// step: after each, the unit has received exactly the packets the panel
+// sent directly, and the READ holds the chip's memory word for word.
+TEST(UsbDriverEmulated, ReadStaysInStepWithTheUnit) {
+  REQUIRE_UMOCKDEV();
+  const Reference reference = reference_read();
+  ASSERT_NE(reference.state.DeviceId, 0);
+  struct Case {
+    const char* name;
+    EndpointKind kind;
+    std::function<void(EmulatedUnit&)> fault;
+    int read_error_boxes;  // the link reports the exchange that timed out
+    int drained;           // stale replies the driver threw away
+    int halts_cleared;
+  };
+  const Case cases[] = {
+      {"interrupt endpoints", EndpointKind::kInterrupt, [](EmulatedUnit&) {}, 0, 0, 0},
+      {"bulk endpoints", EndpointKind::kBulk, [](EmulatedUnit&) {}, 0, 0, 0},
+      // Exchange 3 is the device ID read of the device selection.
+      {"late reply", EndpointKind::kInterrupt, [](EmulatedUnit& bus) { bus.late_reply_at(3); }, 1,
+       1, 0},
+      {"late reply, bulk", EndpointKind::kBulk, [](EmulatedUnit& bus) { bus.late_reply_at(40); }, 1,
+       1, 0},
+      {"reply left from an earlier run", EndpointKind::kInterrupt,
+       [](EmulatedUnit& bus) {
+         bus.leave_stale_reply({0x3F, 'O', 'L', 'D'});
+       },
+       0, 1, 0},
+      {"stalled OUT endpoint", EndpointKind::kInterrupt,
+       [](EmulatedUnit& bus) { bus.stall_at(5, 0x01); }, 0, 0, 1},
+      {"stalled IN endpoint", EndpointKind::kBulk, [](EmulatedUnit& bus) { bus.stall_at(5, 0x81); },
+       0, 0, 1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    sim::SimUnit unit(kChip);
+    fill_program(unit);
+    EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product, c.kind);
+    c.fault(bus);
+    UsbDriver driver(kUnitUsbId, kTimeoutMs);
+    Session session(unit, driver);
+    ASSERT_TRUE(session.start());
+    session.form.READ_Click();
+
+    EXPECT_EQ(session.boxes("USB Read Error"), c.read_error_boxes);
+    EXPECT_EQ(session.host.boxes.size(), static_cast<std::size_t>(c.read_error_boxes));
+    EXPECT_EQ(driver.replies_drained(), c.drained);
+    EXPECT_EQ(bus.halts_cleared(), c.halts_cleared);
+    EXPECT_EQ(bus.replies_waiting(), 0u);
+    expect_same_trace(unit.trace(), reference.trace);
+    int wrong = 0;
+    for (int address = 0; address < 0x2000; ++address) {
+      wrong += session.state.word(address) != reference.state.word(address);
+    }
+    EXPECT_EQ(wrong, 0);
+    EXPECT_EQ(session.state.DeviceId, reference.state.DeviceId);
+    EXPECT_EQ(driver.condition(), UnitCondition::kAnswering);
+  }
+}
+
+// A unit that stops answering or goes away: the exchange fails after at
+// most one timeout per transfer, never hangs, and the driver says which.
+TEST(UsbDriverEmulated, SilentOrUnpluggedUnitFailsWithoutHanging) {
+  REQUIRE_UMOCKDEV();
+  struct Case {
+    const char* name;
+    std::function<void(EmulatedUnit&)> fault;
+    std::int32_t write_result;  // of the failing exchange
+    std::int32_t read_result;
+    UnitCondition condition;
+    double max_seconds_after;  // for the next exchange, which must fail too
+    int packets_taken;         // by the unit, of the three exchanges
+  };
+  const Case cases[] = {
+      {"no reply", [](EmulatedUnit& bus) { bus.stop_answering_at(2); }, 8, kDriverReadError,
+       UnitCondition::kNotAnswering, 3.0 * kTimeoutMs / 1000, 3},
+      {"packet not taken", [](EmulatedUnit& bus) { bus.stop_accepting_at(2); }, kDriverWriteError,
+       kDriverReadError, UnitCondition::kNotAnswering, 3.0 * kTimeoutMs / 1000, 1},
+      // Unplugged: no more waiting at all.
+      {"unplugged", [](EmulatedUnit& bus) { bus.unplug_at(2); }, kDriverWriteError,
+       kDriverReadError, UnitCondition::kGone, 0.02, 1},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    sim::SimUnit unit("16F877A");
+    EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product);
+    c.fault(bus);
+    UsbDriver driver(kUnitUsbId, kTimeoutMs);
+    ASSERT_EQ(driver.open(), kDriverOk);
+    std::uint8_t packet[8] = {UNIT_VERSION};
+    std::uint8_t reply[8] = {};
+    ASSERT_EQ(driver.write(packet, 8), 8);
+    ASSERT_EQ(driver.read(reply, 8), 8);
+    EXPECT_EQ(driver.condition(), UnitCondition::kAnswering);
+
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(driver.write(packet, 8), c.write_result);
+    EXPECT_EQ(driver.read(reply, 8), c.read_result);
+    EXPECT_LT(seconds_since(start), 3.0 * kTimeoutMs / 1000 + 0.5);
+    EXPECT_EQ(driver.condition(), c.condition);
+
+    start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(driver.write(packet, 8) == 8 && driver.read(reply, 8) == 8);
+    EXPECT_LT(seconds_since(start), c.max_seconds_after + 0.5 * kTimeoutMs / 1000);
+    EXPECT_EQ(driver.condition(), c.condition);
+    EXPECT_EQ(bus.exchanges(), c.packets_taken);
+  }
+}
+
+// Pulled out in the middle of a write: the rest of the write fails at once
+// instead of waiting for every one of its packets.
+TEST(UsbDriverEmulated, UnitUnpluggedDuringWriteEndsQuickly) {
+  REQUIRE_UMOCKDEV();
+  sim::SimUnit unit("16F877A");
+  EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product);
+  UsbDriver driver(kUnitUsbId, 1000);
+  Session session(unit, driver);
+  ASSERT_TRUE(session.start());
+  for (int address = 0; address < 0x800; ++address) session.state.set_word(address, 0x2800);
+  session.state.DataLoaded = 1;
+  session.form.LastAddrText_Change("7FF");
+  const int unplug_at = bus.exchanges() + 60;
+  bus.unplug_at(unplug_at);
+  session.host.boxes.clear();
+
+  const auto start = std::chrono::steady_clock::now();
+  session.form.WriteButton_Click();
+  EXPECT_LT(seconds_since(start), 5.0);
+  EXPECT_EQ(bus.exchanges(), unplug_at - 1);
+  EXPECT_EQ(session.opened.link().condition(), UnitCondition::kGone);
+  EXPECT_GE(session.boxes("USB Write Error"), 1);
+  EXPECT_EQ(session.boxes("USB Read Error"), 0);
+}
+
+// The panel's "Unit not Found" box says which of the three it is.
+TEST(UsbDriverEmulated, UnitNotFoundTellsWhy) {
+  REQUIRE_UMOCKDEV();
+  struct Case {
+    const char* name;
+    std::uint16_t product;  // of the device on the bus
+    std::function<void(EmulatedUnit&)> setup;
+    bool unprivileged;
+    std::vector<std::string> hint_has;
+  };
+  const Case cases[] = {
+      {"absent", 0x0001, [](EmulatedUnit&) {}, false, {"No unit", "1209:5a4e", "ZENTA_USB_ID"}},
+      {"busy",
+       kUnitUsbId.product,
+       [](EmulatedUnit& bus) { bus.hold_by_another_program(); },
+       false,
+       {"1209:5a4e", "in use by another program"}},
+      {"not permitted",
+       kUnitUsbId.product,
+       [](EmulatedUnit& bus) { bus.forbid_access(); },
+       true,
+       {"1209:5a4e", "may not use it", "udev rule", "zenta udev-rule", "plug it in again"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    sim::SimUnit unit("16F877A");
+    EmulatedUnit bus(unit, kUnitUsbId.vendor, c.product);
+    c.setup(bus);
+    UsbDriver driver(kUnitUsbId, kTimeoutMs);
+    Session session(unit, driver);
+    const bool started =
+        c.unprivileged ? as_unprivileged([&] { return session.start(); }) : session.start();
+    EXPECT_FALSE(started);
+    ASSERT_EQ(session.host.boxes.size(), 1u);
+    const std::string& text = session.host.boxes[0].text;
+    EXPECT_TRUE(text.starts_with("Unit not Found\n\n")) << text;
+    for (const std::string& part : c.hint_has) {
+      EXPECT_NE(text.find(part), std::string::npos) << part << " in: " << text;
+    }
+    EXPECT_EQ(session.opened.link().USBMSG(), "Driver Open:" + driver_result_texts()[2]);
+    EXPECT_EQ(bus.exchanges(), 0);
+  }
+}
+
+}  // namespace
+}  // namespace zenta::testing
