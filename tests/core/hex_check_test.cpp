@@ -24,7 +24,7 @@ std::string record(const std::string& body) {
 const std::string kEnd = ":00000001FF\n";
 
 TEST(HexCheck, AWellFormedFileGivesItsMemoriesAndNamesTheUnwrittenEeprom) {
-  const std::string text = record("020000040000") + "\n" +
+  const std::string text = record("020000040000") + "\n" + record("0207FC00FF3F") + "\n" +
                            format_inhx8m({{0, 0x2805},
                                           {1, 0x0000},
                                           {0x3FF, 0x3444},
@@ -35,7 +35,8 @@ TEST(HexCheck, AWellFormedFileGivesItsMemoriesAndNamesTheUnwrittenEeprom) {
   std::istringstream in(text);
   const HexCheck check = check_hex(in, {0x400, 128});
   ASSERT_TRUE(check.ok()) << check.findings[0].message("p.hex");
-  EXPECT_EQ(check.program, (std::map<int, std::uint16_t>{{0, 0x2805}, {1, 0}, {0x3FF, 0x3444}}));
+  EXPECT_EQ(check.program,
+            (std::map<int, std::uint16_t>{{0, 0x2805}, {1, 0}, {0x3FE, 0x3FFF}, {0x3FF, 0x3444}}));
   EXPECT_EQ(check.user_ids, (std::map<int, std::uint16_t>{{0x2001, 0x0007}}));
   EXPECT_EQ(check.config, std::optional<std::uint16_t>(0x3F72));
   EXPECT_EQ(check.eeprom, (std::map<int, std::uint8_t>{{0, 0x5A}, {3, 0x01}}));
