@@ -8,14 +8,47 @@
 
 namespace zenta {
 
+bool read_hex_line(std::istream& in, std::string& line, std::size_t longest_field, bool& too_long) {
+  line.clear();
+  std::size_t field = 0;
+  bool leading = true;
+  bool any = false;
+  for (int c = in.get(); c != std::char_traits<char>::eof(); c = in.get()) {
+    any = true;
+    if (c == '\n') break;
+    line.push_back(static_cast<char>(c));
+    if (c == ',') {
+      field = 0;
+      leading = true;
+    } else if (!leading || (c != ' ' && c != '\t')) {
+      leading = false;
+      // One more for the CR of a CR LF line end, taken off below.
+      if (++field > longest_field + 1) {
+        too_long = true;
+        return false;
+      }
+    }
+  }
+  if (in.bad() || !any) return false;
+  // Text written on the panel's home platform ends its lines with CR LF.
+  if (!line.empty() && line.back() == '\r') {
+    line.pop_back();
+    if (field > 0) --field;
+  }
+  if (field > longest_field) {
+    too_long = true;
+    return false;
+  }
+  return true;
+}
+
 std::optional<std::string> HexFieldReader::next() {
+  if (failed_) return std::nullopt;
   if (!have_line_) {
-    if (!std::getline(in_, line_)) {
-      failed_ = in_.bad();
+    if (!read_hex_line(in_, line_, kLongestHexRecord, too_long_)) {
+      failed_ = in_.bad() || too_long_;
       return std::nullopt;
     }
-    // Text written on the panel's home platform ends its lines with CR LF.
-    if (!line_.empty() && line_.back() == '\r') line_.pop_back();
     have_line_ = true;
     pos_ = 0;
   }

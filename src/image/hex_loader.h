@@ -12,6 +12,17 @@
 
 namespace zenta {
 
+// The longest record a HEX file can hold: ':', count, address, type, 255
+// data bytes and the checksum. No valid field is longer.
+inline constexpr std::size_t kLongestHexRecord = 1 + 2 + 4 + 2 + 2 * 255 + 2;
+
+// Reads one line without its line end (LF, or CR LF). False at the end of
+// the input, on a read error, or when the line holds a field (text between
+// commas, leading blanks aside) longer than `longest_field`; then too_long
+// is set and reading goes no further, so a file of one endless line costs
+// no more memory than one record.
+bool read_hex_line(std::istream& in, std::string& line, std::size_t longest_field, bool& too_long);
+
 // The fields of a HEX file, read line by line: a field ends at a line end or
 // at a comma, and blanks before it are skipped. A well-formed file gives one
 // field per line; a blank line gives an empty field.
@@ -20,8 +31,10 @@ class HexFieldReader {
   explicit HexFieldReader(std::istream& in) : in_(in) {}
   // The next field; nullopt at the end of the file or on a read error.
   std::optional<std::string> next();
-  // True when reading stopped on an error rather than at the end.
+  // True when reading stopped on an error rather than at the end: a read
+  // error, or a field longer than any valid record.
   bool failed() const { return failed_; }
+  bool too_long() const { return too_long_; }
 
  private:
   std::istream& in_;
@@ -29,6 +42,7 @@ class HexFieldReader {
   std::size_t pos_ = 0;
   bool have_line_ = false;
   bool failed_ = false;
+  bool too_long_ = false;
 };
 
 // Value of `count` characters of `field` from the 1-based `position`, read as

@@ -30,7 +30,10 @@ CommandResult MainForm::safe_write() {
   LastAddrText_Change(hex_text(preflight.last_address));
   ConfigAddrText_Change(config_hex_text(state_.ConfigHigh, state_.ConfigLow));
   ops_.step_over_blank_words = true;
+  const std::string erase_mode = state_.EraseMode;
+  state_.EraseMode = safe_erase_mode(view_.PICsel, erase_mode);
   const CommandResult result = run_write(ops_, preflight.last_address);
+  state_.EraseMode = erase_mode;
   ops_.step_over_blank_words = false;
   return result;
 }
@@ -51,7 +54,10 @@ CommandResult MainForm::VerifyButton_Click() {
 CommandResult MainForm::ERASEButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
+  const std::string erase_mode = state_.EraseMode;
+  if (!view_.exact) state_.EraseMode = safe_erase_mode(view_.PICsel, erase_mode);
   const CommandResult result = run_erase(ops_);
+  state_.EraseMode = erase_mode;
   changed();
   return result;
 }

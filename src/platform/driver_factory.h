@@ -17,7 +17,9 @@ struct DriverChoice {
 
 // unit: "usb" (the default, also when empty), "sim" (a 16F877A in the
 // socket) or "sim:CHIP" (a chip of the simulated unit's ID table, "none" for
-// an empty socket). Anything else gives a null driver and the reason in
+// an empty socket), either followed by faults of the simulated unit:
+// ",fail-write=N", ",fail-read=N", ",short-read=N", ",unplug=N" strike
+// exchange N. Anything else gives a null driver and the reason in
 // error; so does a malformed ZENTA_USB_ID for "usb".
 DriverChoice make_driver(const std::string& unit);
 // ZENTA_UNIT from the environment, "" when unset.

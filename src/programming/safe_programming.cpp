@@ -115,6 +115,11 @@ std::optional<std::uint16_t> image_config_word(const ProgrammerState& state) {
   return static_cast<std::uint16_t>(word);
 }
 
+std::string safe_erase_mode(int entry, const std::string& documented) {
+  // Load 3FFF, 09, 08: the erase mode of the 16F84A and 16F62x.
+  return entry == 7 ? "2" : documented;
+}
+
 Preflight check_chip(ChipOperations& ops, int entry) {
   Preflight result;
   const DeviceRecord& record = device_record(entry);

@@ -39,6 +39,12 @@ std::optional<std::string> eeprom_data_finding(const ProgrammerState& state);
 // The image's configuration word (0x2007) when it holds one.
 std::optional<std::uint16_t> image_config_word(const ProgrammerState& state);
 
+// The erase procedure a safe write or erase uses for an entry: the
+// documented one, except where the chips of the entry need more. The
+// 16F818/819 only arm their bulk erase with 09; Begin Erase (08) carries it
+// out, which the documented procedure never sends.
+std::string safe_erase_mode(int entry, const std::string& documented);
+
 // The chip's ID against catalogue entry `entry`, the target powered around
 // it. A blank answer is accepted only by the 16F84 entry, whose chip has no
 // ID word.

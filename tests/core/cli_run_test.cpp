@@ -90,11 +90,16 @@ TEST(CliRunTest, WriteTakesTheConfigurationWordFromOptionFileOrDevice) {
     std::optional<std::uint16_t> file_config;
     int chip_config;
     const char* says;
+    int word7;  // what the write leaves in word 7
   } cases[] = {
-      {{"--config", "3F39"}, 0x3F3A, 0x3F39, "3F39 (from --config)"},
-      {{}, 0x3F3A, 0x3F3A, "3F3A (from the file)"},
-      {{}, 0x3FFF, 0x3F3B, "3F3B (the device's default)"},  // a blank word in the file
-      {{}, std::nullopt, 0x3F3B, "3F3B (the device's default)"},
+      // A configuration record puts the last address at 0x2000: the last row
+      // wraps onto row 0 and programs the file's word 0x2007 over word 7,
+      // which the verify then finds.
+      {{"--config", "3F39"}, 0x3F3A, 0x3F39, "3F39 (from --config)", 0x3F3A},
+      {{}, 0x3F3A, 0x3F3A, "3F3A (from the file)", 0x3F3A},
+      // A blank word in the file: its row is blank, so it is not programmed.
+      {{}, 0x3FFF, 0x3F3B, "3F3B (the device's default)", 0x3FFF},
+      {{}, std::nullopt, 0x3F3B, "3F3B (the device's default)", 0x3FFF},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.says);
@@ -106,11 +111,13 @@ TEST(CliRunTest, WriteTakesTheConfigurationWordFromOptionFileOrDevice) {
     std::vector<std::string> args = {"write", dir.file("p.hex")};
     args.insert(args.end(), c.options.begin(), c.options.end());
     const Outcome result = run(args);
-    EXPECT_EQ(result.status, kExitOk) << result.err;
+    const bool damaged = c.word7 != 0x3FFF;
+    EXPECT_EQ(result.status, damaged ? kExitFailed : kExitOk) << result.err;
+    EXPECT_EQ(result.err.find("Verify Data ERROR") != std::string::npos, damaged) << result.err;
     EXPECT_EQ(result.out, "Configuration word " + std::string(c.says) + "\nWrite Complete\n");
     EXPECT_EQ(run.unit->config_word(), c.chip_config);
-    // Word 7 shows that nothing of configuration space wrapped onto it.
-    for (const auto& [address, word] : {std::pair{0, 0x2805}, {1, 0}, {5, 0x3FFE}, {7, 0x3FFF}}) {
+    for (const auto& [address, word] :
+         {std::pair{0, 0x2805}, {1, 0}, {5, 0x3FFE}, {7, c.word7}, {8, 0x3FFF}}) {
       EXPECT_EQ(run.unit->program_word(address), word) << "word " << address;
     }
   }

@@ -42,6 +42,45 @@ TEST(DriverFactoryTest, ChoosesTheDriverOfTheUnitNamedOrSaysWhyNot) {
       << "an unknown chip's message lists the chips there are";
 }
 
+// Faults named in the unit text strike the exchange they name: the results
+// of six write/read pairs, 8 for success.
+TEST(DriverFactoryTest, SimulatedFaultsFromTheUnitText) {
+  struct Case {
+    const char* unit;
+    std::vector<std::pair<int, int>> results;  // write, read of exchanges 1..6
+    const char* error;
+  };
+  const std::pair<int, int> ok{8, 8};
+  const Case cases[] = {
+      {"sim:16F877A,fail-read=3", {ok, ok, {8, 0}, ok, ok, ok}, ""},
+      {"sim,fail-write=2,short-read=5", {ok, {0, 8}, ok, ok, {8, 7}, ok}, ""},
+      {"sim:12F675,unplug=4", {ok, ok, ok, {-1, -1}, {-1, -1}, {-1, -1}}, ""},
+      {"sim:16F877A,fail-read=0", {}, "needs an exchange number from 1, not '0'"},
+      {"sim:16F877A,fail-read=3x", {}, "not '3x'"},
+      {"sim:16F877A,fail-read", {}, "not ''"},
+      {"sim:16F877A,fail-read=99999999999", {}, "not '99999999999'"},
+      {"sim:16F877A,explode=1",
+       {},
+       "unknown option 'explode=1' for the simulated unit (use "
+       "freq=N, fail-write=N, fail-read=N, short-read=N, unplug=N)"},
+      {"sim:16F877A,", {}, "unknown option ''"},
+      {"sim:16F999,fail-read=1", {}, "unknown chip '16F999'"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.unit);
+    DriverChoice choice = make_driver(c.unit);
+    EXPECT_NE(choice.error.find(c.error), std::string::npos) << choice.error;
+    ASSERT_EQ(choice.driver != nullptr, *c.error == '\0') << choice.error;
+    if (!choice.driver) continue;
+    std::uint8_t packet[8] = {0x3F};
+    for (std::size_t n = 0; n < c.results.size(); ++n) {
+      const int written = choice.driver->write(packet, 8);
+      const int read = choice.driver->read(packet, 8);
+      EXPECT_EQ(std::make_pair(written, read), c.results[n]) << "exchange " << n + 1;
+    }
+  }
+}
+
 #ifdef ZENTA_HAVE_LIBUSB
 TEST(UsbDriverTest, ParsesVendorAndProductOrRefuses) {
   EXPECT_EQ(parse_usb_id("04d8:000a"), (UsbId{0x04D8, 0x000A}));

@@ -79,7 +79,7 @@ TEST(SimLogicInput, UnitTextSetsTheFrequencyInput) {
     DriverChoice choice = make_driver(row.unit);
     ASSERT_EQ(choice.driver != nullptr, row.made) << choice.error;
     if (!choice.driver) {
-      EXPECT_NE(choice.error.find("freq=N"), std::string::npos) << choice.error;
+      EXPECT_NE(choice.error.find("freq"), std::string::npos) << choice.error;
       continue;
     }
     testing::FakeHost host;

@@ -33,6 +33,8 @@ class PausingHost : public FakeHost {
 // The panel's parts around a driver, as the composition root makes them.
 template <class Driver, class HostType = FakeHost, class Store = MemorySettingsStore>
 struct FormParts {
+  template <typename... Args>
+  explicit FormParts(Args&&... driver_args) : driver(std::forward<Args>(driver_args)...) {}
   Driver driver;
   HostType host;
   Store store;

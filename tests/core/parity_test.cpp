@@ -9,6 +9,7 @@
 #include "common/number_text.h"
 #include "image/hex_writer.h"
 #include "panel_rig.h"
+#include "programming/device_catalogue.h"
 #include "temp_dir.h"
 
 namespace zenta::testing {
@@ -53,7 +54,8 @@ TEST(FrontEndParity, PanelAndCommandLineSendTheSamePacketsOnEveryEntry) {
     }
     const std::string hex = dir.file("image.hex");
     ASSERT_TRUE(write_inhx8m_file(hex, words));
-    const std::string config = "3F32";
+    // The entry's own default word: no code protection, so the chip reads back.
+    const std::string config = device_record(device).default_config_text;
     const std::string last = "15";
 
     PanelRig panel(chips[device], device);

@@ -37,6 +37,11 @@ TEST(EndToEnd, GpasmProgramOnEveryCatalogueEntry) {
     ASSERT_EQ(rig.state.DataLoaded, 1);
     rig.form.ConfigAddrText_Change(hex_text(rig.state.word(0x2007)));
     ProgrammerState image = rig.state;
+    // The program's own last address, as the user types it; the entry's
+    // size, where the loader leaves it, is the next test's.
+    int program_end = 0x1FFF;
+    while (program_end > 0 && image.word(program_end) == 0x3FFF) --program_end;
+    rig.form.LastAddrText_Change(hex_text(program_end + 1));
 
     rig.form.WriteButton_Click();
     EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
@@ -53,6 +58,70 @@ TEST(EndToEnd, GpasmProgramOnEveryCatalogueEntry) {
     const int end = rig.state.LastAddress;
     for (int w = 0; w < end; ++w) ASSERT_EQ(rig.state.word(w), image.word(w)) << "word " << w;
     EXPECT_TRUE(rig.host.boxes.empty());  // no verify, configuration or link error on the way
+  }
+}
+
+// The documented write, unchecked, with the last address the loader leaves
+// for an image with a configuration record: the device entry's program
+// size. The words past the chip's memory alias onto its lowest words, so
+// the write destroys the program's first words and the verify says so.
+TEST(EndToEnd, WriteWithTheEntrysSizeAsLastAddressOverwritesTheLowestWords) {
+  struct Case {
+    const char* chip;
+    int device;
+    const char* last;
+    // Which low words end up other than the image, and as what.
+    std::vector<std::pair<int, int>> (*damage)(const ProgrammerState& image);
+  };
+  const Case cases[] = {
+      // 1K words, one erase/program cycle a word up to LAST + 1: the blank
+      // words 0x400 and 0x401 of the buffer land on words 0 and 1.
+      {"16F84A", 3, "400",
+       [](const ProgrammerState&) {
+         return std::vector<std::pair<int, int>>{{0, 0x3FFF}, {1, 0x3FFF}};
+       }},
+      // The 12F629/675 entry says 4K words: the buffer's blank words from
+      // 0x400 on pass over the 1K chip three more times; the program is gone.
+      {"12F675", 6, "1000",
+       [](const ProgrammerState&) {
+         std::vector<std::pair<int, int>> all;
+         for (int w = 0; w < 16; ++w) all.push_back({w, 0x3FFF});
+         return all;
+       }},
+      // Rows of eight: the row of 0x2000 is row 0 again, and its one loaded
+      // word (the configuration word at 0x2007) is programmed over word 7.
+      {"16F877A", 1, "2000",
+       [](const ProgrammerState& image) {
+         return std::vector<std::pair<int, int>>{{7, image.word(7) & image.word(0x2007)}};
+       }},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.chip);
+    TempDir dir;
+    std::string processor = c.chip;
+    for (char& ch : processor) ch = static_cast<char>(std::tolower(ch));
+    const std::string hex = dir.file("blink.hex");
+    ASSERT_EQ(run_command("gpasm -w2 -p " + processor + " -o '" + hex + "' '" + ZENTA_TEST_DATA +
+                          "/blink.asm' 2>&1")
+                  .status,
+              0);
+    PanelRig rig(c.chip, c.device);
+    rig.host.open_answers = {hex};
+    rig.form.F_OpenButton_Click();
+    EXPECT_EQ(rig.form.view().LastAddrText, c.last) << "where the loader leaves it";
+    const ProgrammerState image = rig.state;
+    rig.form.WriteButton_Click();
+    EXPECT_EQ(rig.box_texts(), std::vector<std::string>{"Verify Data ERROR"});
+    EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
+    const auto damage = c.damage(image);
+    for (int w = 0; w < 16; ++w) {
+      int expected = image.word(w);
+      for (const auto& [word, value] : damage) {
+        if (word == w) expected = value;
+      }
+      EXPECT_EQ(rig.unit.program_word(w), expected) << "word " << w;
+    }
+    ASSERT_NE(image.word(0), 0x3FFF) << "the program must start at word 0 to show the damage";
   }
 }
 
@@ -91,12 +160,14 @@ TEST(WriteFailures, VerifyAndConfigurationErrorsStillCompleteTheWrite) {
 
   // The next write erases first; now the configuration read-back differs.
   rig.host.boxes.clear();
-  rig.host.during_events = [&] { rig.unit.set_config_word(0x0000); };
+  // Bits a program-only cycle cannot set again; the protection bits stay
+  // off, so the program still reads back.
+  rig.host.during_events = [&] { rig.unit.set_config_word(0x3F30); };
   const CommandResult rewritten = rig.form.WriteButton_Click();
   EXPECT_EQ(rig.box_texts(), std::vector<std::string>{"Can't Write to Config"});
   ASSERT_TRUE(rewritten.config);
   EXPECT_FALSE(rewritten.config->written);
-  EXPECT_EQ(rewritten.config->read_back, 0x0000);
+  EXPECT_NE(rewritten.config->read_back, 0x3F3B);
   EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <tuple>
 
 #include "sim_rig.h"
@@ -52,9 +53,10 @@ TEST(SimFaults, AnUnpluggedUnitFailsEveryOpenWriteAndRead) {
   EXPECT_EQ(rig.link.open_driver(), kDriverOk);
   rig.unit.unplug();
   EXPECT_EQ(rig.link.open_driver(), kDriverOpenError);
-  EXPECT_EQ(rig.send({UNIT_VCC, 1}), kLinkFailed);
+  EXPECT_TRUE(rig.unit.vcc()) << "the supply is on from the moment the unit is plugged in";
+  EXPECT_EQ(rig.send({UNIT_VCC, 0}), kLinkFailed);
   EXPECT_EQ(rig.host.boxes.back().text, "USB Write Error");
-  EXPECT_FALSE(rig.unit.vcc());
+  EXPECT_TRUE(rig.unit.vcc());
   EXPECT_EQ(rig.link.RCVUSB(), kLinkFailed);
   EXPECT_EQ(rig.host.boxes.back().text, "Read Error");
 }
@@ -120,6 +122,29 @@ TEST(SimFile, SavedChipLoadsBackAndAWrongOrMalformedFileIsRefused) {
     EXPECT_FALSE(other.load(dir.file("bad.txt")));
     EXPECT_EQ(other.program_word(0x3FF), 0x1111) << "kept";
   }
+}
+
+// The file is replaced whole or not at all: a save that cannot finish
+// leaves the earlier file as it was and no temporary file behind.
+TEST(SimFile, SaveReplacesTheFileWholeOrLeavesItAlone) {
+  TempDir dir;
+  sim::SimUnit unit("16F84A");
+  unit.set_program_word(5, 0x0123);
+  const std::string path = dir.file("chip.txt");
+  write_text(path, "an older file\n");
+  ASSERT_TRUE(unit.save(path));
+  sim::SimUnit back("16F84A");
+  ASSERT_TRUE(back.load(path));
+  EXPECT_EQ(back.program_word(5), 0x0123);
+  EXPECT_FALSE(std::filesystem::exists(path + ".part"));
+
+  // A folder where the file should be: the rename fails, the folder stays.
+  const std::string folder = dir.file("taken");
+  std::filesystem::create_directory(folder);
+  EXPECT_FALSE(unit.save(folder));
+  EXPECT_TRUE(std::filesystem::is_directory(folder));
+  EXPECT_FALSE(std::filesystem::exists(folder + ".part"));
+  EXPECT_FALSE(unit.save(dir.file("missing/chip.txt")));
 }
 
 }  // namespace

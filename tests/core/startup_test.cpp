@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "fakes.h"
+#include "link/sim/sim_unit.h"
 #include "panel_rig.h"
 #include "scripted_driver.h"
 
@@ -40,6 +41,20 @@ TEST(Startup, NoUnitEndsBeforeAnythingElseWhateverTheCode) {
     EXPECT_TRUE(p.driver.written.empty());
     EXPECT_EQ(p.driver.closes, 0);
     EXPECT_EQ(p.store.gets + p.store.saves(), 0);
+  }
+}
+
+// The unit powers the target when it is plugged in, so the identification
+// that the start-up runs already sees the chip in the socket.
+TEST(Startup, NamesTheChipInTheSocket) {
+  const std::pair<const char*, const char*> cases[] = {{"16F628A", "Device=16F628A (1062)"},
+                                                       {"12F675", "Device=12F675 (FC4)"},
+                                                       {"16F877", "Device=16F877 (9A3)"},
+                                                       {"none", "Device=16F84 (3FFF)"}};
+  for (const auto& [chip, notes] : cases) {
+    testing::FormParts<sim::SimUnit> panel(chip);
+    ASSERT_TRUE(panel.form.Form_Load());
+    EXPECT_EQ(panel.form.view().NotesLabel, notes);
   }
 }
 

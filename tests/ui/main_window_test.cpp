@@ -54,6 +54,12 @@ TEST(MainWindow, OpensAnAssembledImageShowsItInTheBufferAndWritesItIntoTheChip) 
     for (QPushButton* sender : senders) yields_enabled += sender->isEnabled();
     yields_with_progress += progress->isVisible();
   };
+  // The program's own last address, as the user types it: the loader's
+  // 2000 (from the configuration record) would run the last row past the
+  // chip's memory onto words 0 to 7.
+  int end = 0x1FFF;
+  while (end > 0 && image->word(end) == 0x3FFF) --end;
+  rig.find<QLineEdit>("LastAddrText")->setText(QString::number(end + 1, 16));
   rig.click("WriteButton");
   EXPECT_EQ(rig.find<QLabel>("NotesLabel")->text(), "Write Complete");
   EXPECT_EQ(rig.boxes, std::vector<std::string>{});

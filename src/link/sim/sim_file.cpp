@@ -12,8 +12,11 @@
 //
 // A file that lacks any of these lines, has them out of order, holds a value
 // too wide for its cell, or names another chip is refused as a whole.
+#include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 
 #include "common/number_text.h"
 #include "link/sim/sim_internal.h"
@@ -74,11 +77,10 @@ class LineReader {
 
 }  // namespace
 
-bool SimUnit::save(const std::string& path) const {
+std::string SimUnit::memory_text() const {
   const Impl& unit = *impl_;
   const ChipMemory& memory = unit.memory;
-  std::ofstream out(path, std::ios::trunc);
-  if (!out) return false;
+  std::ostringstream out;
   out << kHeader << '\n' << "chip " << unit.model.name << '\n' << "id";
   for (int i = 0; i < kUserIdCount; ++i) out << ' ' << hex(memory.read_word(kConfigBase + i), 4);
   out << '\n' << "config " << hex(memory.read_word(kConfigWordAddress), 4) << '\n';
@@ -93,14 +95,44 @@ bool SimUnit::save(const std::string& path) const {
     out << '\n';
   }
   out << "end\n";
-  out.close();
-  return static_cast<bool>(out);
+  return out.str();
+}
+
+// A run cut short (a full disk, a killed process) must not leave half a
+// chip behind: the text goes to a file beside the target, which is renamed
+// over it only once it is whole.
+bool SimUnit::save(const std::string& path) const {
+  const std::string temporary = path + ".part";
+  {
+    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+    if (!out) return false;
+    out << memory_text();
+    out.close();
+    if (!out) {
+      std::remove(temporary.c_str());
+      return false;
+    }
+  }
+  std::error_code error;
+  std::filesystem::rename(temporary, path, error);
+  if (error) {
+    std::remove(temporary.c_str());
+    return false;
+  }
+  return true;
 }
 
 bool SimUnit::load(const std::string& path) {
-  Impl& unit = *impl_;
-  std::ifstream in(path);
+  std::ifstream in(path, std::ios::binary);
   if (!in) return false;
+  std::ostringstream text;
+  text << in.rdbuf();
+  return !in.bad() && load_text(text.str());
+}
+
+bool SimUnit::load_text(const std::string& text) {
+  Impl& unit = *impl_;
+  std::istringstream in(text);
   LineReader reader(in);
   std::string line;
   if (!reader.next(line) || line != kHeader) return false;

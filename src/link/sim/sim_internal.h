@@ -24,24 +24,33 @@ inline constexpr std::uint16_t kBandGapBits = 0x3000;
 inline constexpr std::uint16_t kBlankCalibratedConfig = 0x31FF;
 inline constexpr std::uint16_t kCalibrationWord = 0x3480;
 
-// The chip's nonvolatile memories and the rules of which cells exist.
+// The chip's nonvolatile memories, where each address lands, and what code
+// protection hides.
 class ChipMemory {
  public:
   explicit ChipMemory(const ChipModel& model);
 
-  // What the chip reads at a 14-bit address: 0x3FFF for cells that do not exist.
+  // What the cell an address reaches holds: 0x3FFF where there is none.
   std::uint16_t read_word(int address) const;
-  // Stores into a cell that exists and is writable; other addresses are ignored,
-  // as the chip ignores programming cycles there (the device ID is read-only).
+  // What the chip answers in programming mode: protected program memory
+  // reads as zeros; IDs, configuration word and device ID as they are.
+  std::uint16_t chip_read(int address) const;
+  // Stores into the cell an address reaches when it is writable; others are
+  // ignored, as the chip ignores programming cycles there.
   void store_word(int address, std::uint16_t word);
   bool writable(int address) const;
 
   int eeprom_size() const { return static_cast<int>(eeprom_.size()); }
   std::uint8_t eeprom(int index) const { return eeprom_[static_cast<std::size_t>(index)]; }
+  // The byte at the counter's low bits, as the chip answers it.
+  std::uint8_t chip_read_eeprom(int address) const;
   void set_eeprom(int index, std::uint8_t value) {
     eeprom_[static_cast<std::size_t>(index)] = value;
   }
   int program_size() const { return static_cast<int>(program_.size()); }
+
+  bool code_protected() const;
+  bool data_protected() const;
 
   void erase_program();  // also the calibration word, which lies in program memory
   void erase_user_ids();
@@ -50,7 +59,14 @@ class ChipMemory {
   void erase_eeprom();
 
  private:
-  bool calibration_;
+  enum class CellKind { kNone, kProgram, kUserId, kDeviceId, kConfig };
+  struct Cell {
+    CellKind kind = CellKind::kNone;
+    int index = 0;  // in program memory or among the user IDs
+  };
+  Cell resolve(int address) const;
+
+  Family family_;
   std::uint16_t device_id_word_;
   std::vector<std::uint16_t> program_;
   std::array<std::uint16_t, kUserIdCount> user_ids_;
@@ -75,7 +91,10 @@ struct SimUnit::Impl {
   void answer_not_listening(const std::uint8_t* packet);
   void step_address();
   void program_cycle(bool erase_first);
-  void bulk_erase_older();
+  void bulk_erase_setup_cycle();
+  void bulk_erase_program_command();
+  void bulk_erase_program();
+  void chip_erase();
 
   // ---- instruments (sim_instruments.cpp) ----
   void ad_read(int channel);
@@ -88,7 +107,7 @@ struct SimUnit::Impl {
   ChipMemory memory;
 
   // The unit.
-  bool vcc = false;
+  bool vcc = true;  // the unit powers the target as soon as it is plugged in
   bool led = false;
   int mclr = kMclr0V;
   int lines = 0;
@@ -100,7 +119,9 @@ struct SimUnit::Impl {
   int address = 0;
   std::uint16_t latch = kBlankWord;
   std::array<std::uint16_t, 8> row_latches{};
-  int last_target_command = -1;  // the previous target command in this programming session
+  int last_target_command = -1;
+  bool armed_bulk_erase = false;  // a 0x09 waiting for its 0x08  // the previous target command in
+                                  // this programming session
   int cycles = 0;
 
   // Instruments.
@@ -116,6 +137,7 @@ struct SimUnit::Impl {
   std::set<std::uint64_t> write_faults;
   std::set<std::uint64_t> read_faults;
   std::set<std::uint64_t> short_reads;
+  std::uint64_t unplug_at = 0;  // 0: never
   ReadFault pending_read_fault = ReadFault::kNone;
 };
 

@@ -21,13 +21,21 @@ int clamp_count(std::uint8_t requested, int most) {
 
 }  // namespace
 
-// The counter is one 14-bit counter: stepping past 0x1FFF runs on into
-// configuration space, and configuration space wraps from 0x3FFF to 0x2000.
-// This is the choice under which a write whose last row reaches 0x2000 (the
-// panel's last address for every image with a configuration record on an
-// 8K device) lands on the user IDs instead of on words 0 to 7.
+// The counter has 14 bits and no way back down. Once in configuration
+// space it stays there, wrapping from 0x3FFF to 0x2000, until the chip
+// leaves programming mode. In program memory the families part ways at
+// the top: most wrap from 0x1FFF to 0; the 16F62xA wrap at the end of
+// their implemented memory; the 16F818/819 run on into configuration space.
 void SimUnit::Impl::step_address() {
-  address = address == 0x3FFF ? kConfigBase : address + 1;
+  if (address >= kConfigBase) {
+    address = address == 0x3FFF ? kConfigBase : address + 1;
+  } else if (model.family == Family::k16F62xA) {
+    address = (address + 1) % model.program_words;
+  } else if (model.family == Family::k16F81x) {
+    address += 1;
+  } else {
+    address = (address + 1) & 0x1FFF;
+  }
 }
 
 // A chip that does not listen (not in programming mode, unpowered, or no
@@ -59,7 +67,7 @@ void SimUnit::Impl::target_command(const std::uint8_t* packet) {
     case ICSP_LOAD_DATA:
       latch = packet_word(packet);
       // The row devices latch each word of an eight-word row in its own slot.
-      if (model.row_latches && address < kConfigBase) {
+      if (model.family == Family::k16F87xA && address < kConfigBase) {
         row_latches[static_cast<std::size_t>(address & 7)] = latch;
       }
       break;
@@ -67,7 +75,7 @@ void SimUnit::Impl::target_command(const std::uint8_t* packet) {
       const int words = clamp_count(packet[1], 4);
       for (int k = 0; k < words; ++k) {
         if (k > 0) step_address();
-        const std::uint16_t word = memory.read_word(address);
+        const std::uint16_t word = memory.chip_read(address);
         reply[static_cast<std::size_t>(2 * k)] = static_cast<std::uint8_t>(word >> 8);
         reply[static_cast<std::size_t>(2 * k + 1)] = static_cast<std::uint8_t>(word & 0xFF);
       }
@@ -77,9 +85,7 @@ void SimUnit::Impl::target_command(const std::uint8_t* packet) {
       const int bytes = clamp_count(packet[1], 8);
       for (int k = 0; k < bytes; ++k) {
         if (k > 0) step_address();
-        // The data memory decodes only the low bits of the shared counter.
-        const int size = memory.eeprom_size();
-        reply[static_cast<std::size_t>(k)] = size > 0 ? memory.eeprom(address % size) : kBlankByte;
+        reply[static_cast<std::size_t>(k)] = memory.chip_read_eeprom(address);
       }
       break;
     }
@@ -88,29 +94,22 @@ void SimUnit::Impl::target_command(const std::uint8_t* packet) {
       step_address();
       break;
     case ICSP_BEGIN_ERASE_PROG:
-      if (last_target_command == ICSP_BULK_SETUP1) {
-        bulk_erase_older();
+      if (armed_bulk_erase) {
+        bulk_erase_program();
+      } else if (last_target_command == ICSP_BULK_SETUP1) {
+        bulk_erase_setup_cycle();
       } else {
         program_cycle(true);
       }
       break;
     case ICSP_BULK_ERASE_PROG:
-      // Self-timed: done by the time the unit answers. Pointing into
-      // configuration space widens it to the user IDs and configuration word.
-      memory.erase_program();
-      if (address >= kConfigBase) {
-        memory.erase_user_ids();
-        memory.erase_config(false);
-      }
+      bulk_erase_program_command();
       break;
     case ICSP_BEGIN_PROG_ONLY:
       program_cycle(false);
       break;
     case ICSP_CHIP_ERASE:
-      memory.erase_program();
-      memory.erase_user_ids();
-      memory.erase_config(false);
-      memory.erase_eeprom();
+      chip_erase();
       break;
     default:
       // ICSP_BULK_SETUP1 only arms the next 0x08; ICSP_END_PROG ends a cycle
@@ -118,40 +117,125 @@ void SimUnit::Impl::target_command(const std::uint8_t* packet) {
       // knows do nothing.
       break;
   }
+  if (code != ICSP_BULK_ERASE_PROG) armed_bulk_erase = false;
   last_target_command = code;
 }
 
 // erase_first: an erase/program cycle, which replaces the word; otherwise a
 // program-only cycle, which can only clear bits.
 void SimUnit::Impl::program_cycle(bool erase_first) {
-  auto program = [&](int at, std::uint16_t data) {
+  const Family family = model.family;
+  // The 16F62xA's 0x08 programs only: their memory must be bulk-erased first.
+  if (family == Family::k16F62xA) erase_first = false;
+  auto program = [&](int at, std::uint16_t data, bool replace) {
     if (!memory.writable(at)) return;
     const std::uint16_t old = memory.read_word(at);
-    memory.store_word(at, erase_first ? data : static_cast<std::uint16_t>(old & data));
+    memory.store_word(at, replace ? data : static_cast<std::uint16_t>(old & data));
   };
   if (address >= kConfigBase) {
-    // Configuration space takes one word per cycle on every chip.
-    program(address, latch);
+    // Configuration space takes one word per cycle on every chip; the
+    // 16F818/819 set configuration bits back to 1 without an erase.
+    program(address, latch, erase_first || family == Family::k16F81x);
     return;
   }
   ++cycles;
-  if (model.row_latches) {
+  if (family == Family::k16F87xA) {
     const int base = address & ~7;
-    for (int i = 0; i < 8; ++i) program(base + i, row_latches[static_cast<std::size_t>(i)]);
+    for (int i = 0; i < 8; ++i) {
+      program(base + i, row_latches[static_cast<std::size_t>(i)], erase_first);
+    }
     row_latches.fill(kBlankWord);
   } else {
-    program(address, latch);
+    program(address, latch, erase_first);
   }
 }
 
-// The older devices' bulk erase (load 0x3FFF, 0x01, 0x08, 0x01): everything
-// goes, the data EEPROM included. The 12F629/675 keep their band-gap bits,
-// as the chip protects them in this sequence.
-void SimUnit::Impl::bulk_erase_older() {
+// Bulk Erase Setup 1 followed by a cycle (the unit's 0x01 stands for the
+// chip's setup pair). From user memory it blanks program memory alone;
+// pointed at the configuration word it blanks everything, protection
+// included. The 16F627/628 know only the second form; elsewhere 0x01 means
+// nothing and the 0x08 is an ordinary cycle.
+void SimUnit::Impl::bulk_erase_setup_cycle() {
+  const Family family = model.family;
+  const bool at_config = address == kConfigWordAddress;
+  const bool older =
+      family == Family::k16F84 || family == Family::k16F84A || family == Family::k16F87x;
+  if (older && !at_config) {
+    memory.erase_program();
+  } else if ((older || family == Family::k16F62x) && at_config) {
+    memory.erase_program();
+    memory.erase_user_ids();
+    memory.erase_config(false);
+    memory.erase_eeprom();
+  } else {
+    program_cycle(true);
+  }
+}
+
+// Bulk Erase Program Memory. On the 16F84A, 16F627/628, 16F87xA and
+// 16F818/819 it only arms the erase that the next 0x08 carries out; the
+// 16F62xA and the 12F629 family erase at once. The 16F84 and 16F87x do not
+// know the command.
+void SimUnit::Impl::bulk_erase_program_command() {
+  switch (model.family) {
+    case Family::k16F84:
+    case Family::k16F87x:
+      break;
+    case Family::k16F62xA:
+    case Family::k12F629:
+      bulk_erase_program();
+      break;
+    default:
+      armed_bulk_erase = true;
+      break;
+  }
+}
+
+// What a bulk erase of program memory clears, family by family.
+void SimUnit::Impl::bulk_erase_program() {
+  const bool in_config = address >= kConfigBase;
+  switch (model.family) {
+    case Family::k16F84A:
+      // Never the configuration word, so protection survives it.
+      memory.erase_program();
+      if (in_config) memory.erase_user_ids();
+      break;
+    case Family::k16F62x:
+    case Family::k16F87xA:
+    case Family::k16F81x:
+      // Refused while the chip is protected: only the chip erase (or the
+      // erase from the configuration word) clears protection.
+      if (!memory.code_protected()) memory.erase_program();
+      break;
+    case Family::k16F62xA:
+    case Family::k12F629: {
+      // Program memory and the configuration word, protection included;
+      // the 12F629 family loses its calibration word and band-gap bits.
+      const bool data_too = memory.data_protected();
+      memory.erase_program();
+      memory.erase_config(false);
+      if (in_config) memory.erase_user_ids();
+      if (data_too) memory.erase_eeprom();
+      break;
+    }
+    case Family::k16F84:
+    case Family::k16F87x:
+      break;
+  }
+}
+
+// Chip Erase, known to the 16F87xA and 16F818/819 only: everything, except
+// that the 16F818/819 keep their IDs and data when the counter is in user
+// memory.
+void SimUnit::Impl::chip_erase() {
+  const Family family = model.family;
+  if (family != Family::k16F87xA && family != Family::k16F81x) return;
   memory.erase_program();
-  memory.erase_user_ids();
-  memory.erase_config(true);
-  memory.erase_eeprom();
+  memory.erase_config(false);
+  if (family == Family::k16F87xA || address >= kConfigBase) {
+    memory.erase_user_ids();
+    memory.erase_eeprom();
+  }
 }
 
 }  // namespace zenta::sim

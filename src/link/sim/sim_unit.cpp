@@ -96,6 +96,7 @@ void SimUnit::Impl::set_mclr(int level) {
       latch = kBlankWord;
       row_latches.fill(kBlankWord);
       last_target_command = -1;
+      armed_bulk_erase = false;
     }
   } else {
     programming = false;
@@ -127,6 +128,7 @@ void SimUnit::close() {}
 std::int32_t SimUnit::write(const std::uint8_t* buffer, std::int32_t length) {
   Impl& unit = *impl_;
   const std::uint64_t exchange = ++unit.writes;
+  if (unit.unplug_at != 0 && exchange >= unit.unplug_at) unit.unplugged = true;
   unit.pending_read_fault = unit.read_faults.count(exchange)   ? ReadFault::kFail
                             : unit.short_reads.count(exchange) ? ReadFault::kShort
                                                                : ReadFault::kNone;
@@ -262,6 +264,9 @@ void SimUnit::short_transfer_at(int exchange) {
 }
 void SimUnit::unplug() {
   impl_->unplugged = true;
+}
+void SimUnit::unplug_at(int exchange) {
+  if (exchange > 0) impl_->unplug_at = static_cast<std::uint64_t>(exchange);
 }
 
 }  // namespace zenta::sim

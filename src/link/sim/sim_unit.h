@@ -16,15 +16,27 @@
 
 namespace zenta::sim {
 
+// The chips that share one programming model: address counter, erases,
+// programming cycles and code protection.
+enum class Family {
+  k16F84,
+  k16F84A,
+  k16F62x,   // 16F627, 16F628
+  k16F62xA,  // 16F627A, 16F628A, 16F648A
+  k16F87x,   // 16F870 - 16F877
+  k16F87xA,  // 16F873A - 16F877A: eight-word rows programmed at once
+  k16F81x,   // 16F818, 16F819
+  k12F629,   // 12F629/675, 16F630/676: calibration word at the top, band-gap bits
+};
+
 // One device of the ID table, with the memory the simulated chip has.
 struct ChipModel {
-  std::string name;         // "16F877A"; "none" for an empty socket
+  std::string name;  // "16F877A"; "none" for an empty socket
+  Family family;
   std::uint16_t device_id;  // ID word at 0x2006 without revision; 0x3FFF when it has none
   std::uint16_t revision;   // low bits of the ID word
   int program_words;        // implemented program memory
   int eeprom_bytes;         // data EEPROM size
-  bool row_latches;         // the 16F87xA: eight-word rows programmed at once
-  bool calibration;         // 12F629/675: calibration word at the top, band-gap bits
 };
 
 // Every chip the ID table names, and the 16F84, which has no ID word.
@@ -42,7 +54,7 @@ class SimUnit : public UnitDriver {
  public:
   // "16F877A" and the like, or "none" for an empty socket. Unknown names
   // throw std::invalid_argument, so a typo in ZENTA_UNIT is not silently an
-  // empty socket.
+  // empty socket. The unit comes plugged in, with the target supply on.
   explicit SimUnit(const std::string& chip = "16F877A");
 
   // ---- UnitDriver ----
@@ -64,8 +76,12 @@ class SimUnit : public UnitDriver {
 
   // ---- the chip ----
   const ChipModel& chip() const;
-  int program_word(int address) const;  // 0..0x1FFF program, 0x2000.. configuration space
-  // Sets a cell that exists and is writable, as a programmer would; others are ignored.
+  // What the cell at a 14-bit address holds, code protection aside:
+  // 0..0x1FFF program memory (aliased past the implemented words),
+  // 0x2000.. configuration space; 0x3FFF where there is no cell.
+  int program_word(int address) const;
+  // Sets the cell an address reaches, as a programmer would; addresses
+  // reaching no writable cell are ignored.
   void set_program_word(int address, int word);
   int config_word() const;  // 0x2007
   void set_config_word(int word);
@@ -84,10 +100,16 @@ class SimUnit : public UnitDriver {
   void fail_read_at(int exchange);       // that read returns 0
   void short_transfer_at(int exchange);  // that read returns 7 bytes
   void unplug();                         // every later open returns -2, every write and read -1
+  void unplug_at(int exchange);          // that exchange and every later one as unplug()
 
   // ---- memories outliving a run ----
-  bool save(const std::string& path) const;  // false when the file cannot be written
-  bool load(const std::string& path);        // false when missing or malformed
+  // Written to a temporary file beside `path` and renamed over it, so a
+  // failed save leaves the earlier file whole. False when it cannot be written.
+  bool save(const std::string& path) const;
+  bool load(const std::string& path);  // false when missing or malformed
+  // The memory file as text, and the chip read back from such text.
+  std::string memory_text() const;
+  bool load_text(const std::string& text);
 
  private:
   struct Impl;

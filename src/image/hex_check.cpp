@@ -1,0 +1,247 @@
+#include "image/hex_check.h"
+
+#include <fstream>
+
+#include "common/number_text.h"
+#include "image/hex_loader.h"
+
+namespace zenta {
+
+namespace {
+
+constexpr int kConfigBase = 0x2000;
+constexpr int kUserIdEnd = 0x2004;
+constexpr int kDeviceId = 0x2006;
+constexpr int kConfigWord = 0x2007;
+constexpr int kEepromBase = 0x2100;
+
+std::string hex(int value) {
+  return "0x" + hex_text(value);
+}
+
+struct ByteSeen {
+  std::uint8_t value;
+  int line;
+};
+
+class Checker {
+ public:
+  explicit Checker(const HexChipSpace& space) : space_(space) {}
+
+  void line(int number, const std::string& text);
+  void finish(int lines, bool too_long, bool read_error);
+  HexCheck result;
+
+ private:
+  void error(int line, std::string reason) { result.findings.push_back({line, std::move(reason)}); }
+  bool record(int number, const std::string& text, std::vector<int>& bytes);
+  void place_words();
+
+  HexChipSpace space_;
+  std::map<int, ByteSeen> bytes_;  // by byte address
+  bool ended_ = false;
+  bool stray_after_end_ = false;
+  int blank_line_ = 0;  // the first blank line before the end, 0 for none
+  int data_records_ = 0;
+};
+
+// The record's bytes (count, address, type, data, checksum) when its text is
+// well formed; otherwise a finding and false.
+bool Checker::record(int number, const std::string& text, std::vector<int>& bytes) {
+  for (std::size_t i = 1; i < text.size(); ++i) {
+    if (hex_digit(text[i]) < 0) {
+      error(number, "character '" + std::string(1, text[i]) + "' at column " +
+                        std::to_string(i + 1) + " is not a hexadecimal digit");
+      return false;
+    }
+  }
+  if (text.size() < 11 || text.size() % 2 == 0) {
+    error(number, "a record has an even number of digits, at least 10; this one has " +
+                      std::to_string(text.size() - 1));
+    return false;
+  }
+  int sum = 0;
+  for (std::size_t i = 1; i < text.size(); i += 2) {
+    bytes.push_back(hex_digit(text[i]) * 16 + hex_digit(text[i + 1]));
+    sum += bytes.back();
+  }
+  const int count = bytes[0];
+  if (static_cast<int>(bytes.size()) != count + 5) {
+    error(number, "the count says " + std::to_string(count) + " data bytes, the record holds " +
+                      std::to_string(bytes.size() - 5));
+    return false;
+  }
+  if (sum % 256 != 0) {
+    const int needed = (bytes.back() - sum) & 0xFF;
+    error(number, "checksum " + hex_byte(bytes.back()) + " is wrong, the record's bytes need " +
+                      hex_byte(needed));
+    return false;
+  }
+  return true;
+}
+
+void Checker::line(int number, const std::string& raw) {
+  // Blanks around a record mean nothing to the loader either.
+  const std::size_t first = raw.find_first_not_of(" \t");
+  const std::string text =
+      first == std::string::npos ? "" : raw.substr(first, raw.find_last_not_of(" \t") + 1 - first);
+  if (text.empty()) {
+    if (!ended_ && blank_line_ == 0) blank_line_ = number;
+    return;
+  }
+  if (ended_) {
+    if (!stray_after_end_) error(number, "text after the end record is not loaded");
+    stray_after_end_ = true;
+    return;
+  }
+  if (blank_line_ > 0) {
+    error(blank_line_, "a blank line before the end record: the loader stops reading there");
+    blank_line_ = -1;  // said once
+  }
+  if (text[0] != ':') {
+    error(number, "a record starts with ':'; the loader stops reading here");
+    ended_ = true;
+    stray_after_end_ = true;
+    return;
+  }
+  std::vector<int> bytes;
+  if (!record(number, text, bytes)) return;
+  const int count = bytes[0], address = bytes[1] * 256 + bytes[2], type = bytes[3];
+  switch (type) {
+    case 0x00:
+      ++data_records_;
+      for (int j = 0; j < count; ++j) {
+        const int at = address + j;
+        const auto [seen, fresh] =
+            bytes_.try_emplace(at, ByteSeen{static_cast<std::uint8_t>(bytes[4 + j]), number});
+        if (!fresh && seen->second.value != bytes[4 + j]) {
+          error(number, "word " + hex(at / 2) + " is given again, other than on line " +
+                            std::to_string(seen->second.line));
+        }
+      }
+      break;
+    case 0x01:
+      ended_ = true;
+      break;
+    case 0x02:
+    case 0x04:
+      if (count != 2 || bytes[4] != 0 || bytes[5] != 0) {
+        error(number, "an upper address other than zero (record type 0" + std::to_string(type) +
+                          ") points past the chip's memory");
+      }
+      break;
+    default:
+      error(number, "record type " + hex_byte(type) + " is not one of 00, 01, 02, 04");
+      break;
+  }
+}
+
+// Pairs the bytes into words, low byte first, and sorts each word into the
+// chip's memories.
+void Checker::place_words() {
+  const int program_end = space_.program_words;
+  const int eeprom_end = kEepromBase + space_.eeprom_bytes;
+  int eeprom_line = 0, eeprom_first = 0, eeprom_last = 0;
+  for (auto it = bytes_.begin(); it != bytes_.end(); ++it) {
+    const int word_address = it->first / 2;
+    const auto low = bytes_.find(word_address * 2);
+    const auto high = bytes_.find(word_address * 2 + 1);
+    if (it->first % 2 == 1 && low != bytes_.end()) continue;  // taken with its low byte
+    const int line = it->second.line;
+    if (low == bytes_.end() || high == bytes_.end()) {
+      error(line, "word " + hex(word_address) + " has only its " +
+                      (low == bytes_.end() ? "high" : "low") + " byte");
+      continue;
+    }
+    const int word = high->second.value * 256 + low->second.value;
+    const bool program = word_address < program_end;
+    const bool eeprom = word_address >= kEepromBase && word_address < eeprom_end;
+    if (!eeprom && word > 0x3FFF) {
+      error(line, "word " + hex(word_address) + " is " + hex(word) + ", wider than 14 bits");
+      continue;
+    }
+    if (program) {
+      result.program[word_address] = static_cast<std::uint16_t>(word);
+    } else if (word_address >= kConfigBase && word_address < kUserIdEnd) {
+      result.user_ids[word_address] = static_cast<std::uint16_t>(word);
+    } else if (word_address == kConfigWord) {
+      result.config = static_cast<std::uint16_t>(word);
+    } else if (word_address == kDeviceId) {
+      error(line, "word 0x2006 is the chip's device ID, which no write can change");
+    } else if (eeprom) {
+      if (word > 0xFF) {
+        error(line, "EEPROM byte " + hex(word_address - kEepromBase) + " is " + hex(word) +
+                        ", wider than 8 bits");
+        continue;
+      }
+      result.eeprom[word_address - kEepromBase] = static_cast<std::uint8_t>(word);
+      if (eeprom_line == 0) {
+        eeprom_line = line;
+        eeprom_first = word_address;
+      }
+      eeprom_last = word_address;
+    } else {
+      error(line, "word " + hex(word_address) + " is outside the chip (program 0-" +
+                      hex(program_end - 1) + ", configuration 0x2000-0x2007, EEPROM 0x2100-" +
+                      hex(eeprom_end - 1) + ")");
+    }
+  }
+  if (eeprom_line != 0) {
+    result.findings.push_back(
+        {eeprom_line,
+         "EEPROM data (" + std::to_string(result.eeprom.size()) + " bytes at " + hex(eeprom_first) +
+             "-" + hex(eeprom_last) +
+             ") is not written: the write programs program memory and the configuration word",
+         false});
+  }
+}
+
+void Checker::finish(int lines, bool too_long, bool read_error) {
+  if (too_long) {
+    error(lines + 1, "longer than any valid record (" + std::to_string(kLongestHexRecord) +
+                         " characters); the loader refuses the file");
+  } else if (read_error) {
+    error(lines + 1, "the file cannot be read past here");
+  } else if (!ended_) {
+    error(lines + 1, "no end record (:00000001FF)");
+  }
+  if (data_records_ == 0) error(lines + 1, "no data record: nothing to write");
+  place_words();
+}
+
+}  // namespace
+
+std::string HexFinding::message(const std::string& file) const {
+  return file + " line " + std::to_string(line) + ": " + reason;
+}
+
+bool HexCheck::ok() const {
+  for (const HexFinding& finding : findings) {
+    if (finding.error) return false;
+  }
+  return true;
+}
+
+HexCheck check_hex(std::istream& in, const HexChipSpace& space) {
+  Checker checker(space);
+  std::string text;
+  bool too_long = false;
+  int number = 0;
+  while (read_hex_line(in, text, kLongestHexRecord, too_long)) {
+    checker.line(++number, text);
+  }
+  checker.finish(number, too_long, in.bad());
+  return std::move(checker.result);
+}
+
+HexCheck check_hex_file(const std::string& path, const HexChipSpace& space) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    HexCheck check;
+    check.findings.push_back({0, "the file cannot be opened"});
+    return check;
+  }
+  return check_hex(in, space);
+}
+
+}  // namespace zenta
