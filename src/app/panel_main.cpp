@@ -67,8 +67,9 @@ int main(int argc, char** argv) {
 
   bool pictures_ok = true;
   if (const char* folder = std::getenv("ZENTA_SCREENSHOTS"); folder && *folder) {
-    QTimer::singleShot(300, [&] {
-      pictures_ok = zenta::take_screenshots(windows, host, QString::fromLocal8Bit(folder));
+    // The timer fires after this block has ended: the folder goes in by value.
+    QTimer::singleShot(300, [&windows, &host, &pictures_ok, out = QString::fromLocal8Bit(folder)] {
+      pictures_ok = zenta::take_screenshots(windows, host, out);
     });
   }
   const int status = QApplication::exec();
