@@ -3,6 +3,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableView>
@@ -90,6 +91,15 @@ TEST(MainWindow, SizesFollowKageAndTheNameLabelAndNoControlsOverlap) {
     }
     const std::string after = label ? label : "the user";
     EXPECT_EQ(main.frameGeometry().size(), QSize(label ? 600 : 640, height)) << "after " << after;
+  }
+  // Under a title bar of 30 pixels the collapsed window still shows the
+  // row of kage, and none of the test area.
+  const int shown = 360 - 30 - main.menuBar()->height();
+  for (const char* name : {"Command_RESET", "EXTButton", "kage", "Label_KRVname", "Label12"}) {
+    EXPECT_LE(rig.find<QWidget>(name)->geometry().bottom(), shown) << name;
+  }
+  for (const char* name : {"Label3", "Command_VCC", "Command_Vset_2", "Text2"}) {
+    EXPECT_GT(rig.find<QWidget>(name)->geometry().top(), shown) << name;
   }
   std::vector<QRect> areas;
   std::vector<std::string> names;
