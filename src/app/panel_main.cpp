@@ -76,8 +76,8 @@ int main(int argc, char** argv) {
 
   bool pictures_ok = true;
   if (const char* folder = std::getenv("ZENTA_SCREENSHOTS"); folder && *folder) {
-    // The folder is copied: the timer fires after this block has ended.
-    QTimer::singleShot(300, [&, out = QString::fromLocal8Bit(folder)] {
+    // The timer fires after this block has ended: the folder goes in by value.
+    QTimer::singleShot(300, [&windows, &host, &pictures_ok, out = QString::fromLocal8Bit(folder)] {
       pictures_ok = zenta::take_screenshots(windows, host, out);
     });
   }

@@ -1,6 +1,7 @@
 // Configuration word editor, address boxes and the test-area toggle.
 // Every text change, typed or made by the panel, goes through the box's
 // Change method, so the panel's own changes get the same reaction.
+#include "common/compiler.h"
 #include "common/number_text.h"
 #include "panel/main_form.h"
 #include "programming/config_word.h"
@@ -79,6 +80,8 @@ void MainForm::StartAddrText_Change(const std::string& text) {
   changed();
 }
 
+ZENTA_STRING_RESTRICT_FALSE_ALARM_BEGIN
+
 void MainForm::kage_Click() {
   view_.width_twips = kFormWidthTwips;
   if (view_.kage_tag == "0") {
@@ -88,6 +91,7 @@ void MainForm::kage_Click() {
     view_.height_twips = kFormHeightTwips;
     view_.kage_tag = "0";
   }
+  ++view_.size_request;
   changed();
 }
 
@@ -95,7 +99,10 @@ void MainForm::Label_KRVname_Click() {
   view_.width_twips = kFormWidthTwips;
   view_.height_twips = kFormHeightTwips;
   view_.kage_tag = "0";
+  ++view_.size_request;
   changed();
 }
+
+ZENTA_STRING_RESTRICT_FALSE_ALARM_END
 
 }  // namespace zenta

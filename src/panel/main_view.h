@@ -57,8 +57,12 @@ struct MainView {
 
   // Tag of the picture box kage: empty at start, "0" collapsed, "1" open.
   std::string kage_tag;
+  // Outer size of the window, frame included. size_request counts the
+  // panel's requests for it, so asking for the size the view already holds
+  // still sizes a window the user has resized since.
   int width_twips = kFormWidthTwips;
   int height_twips = kFormHeightTwips;
+  int size_request = 0;
 
   Progress progress;
   // True while a chip operation runs; the commands that would start another

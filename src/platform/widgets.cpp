@@ -13,6 +13,36 @@ void ClickableLabel::mouseReleaseEvent(QMouseEvent* event) {
   }
 }
 
+OuterSizer::OuterSizer(QWidget* window) : window_(window) {
+  window_->installEventFilter(this);
+}
+
+OuterSizer::~OuterSizer() {
+  window_->removeEventFilter(this);
+}
+
+QSize OuterSizer::frame() const {
+  return window_->frameGeometry().size() - window_->geometry().size();
+}
+
+void OuterSizer::resize(QSize outer) {
+  outer_ = outer;
+  frame_pending_ = !window_->isVisible() || frame().isNull();
+  window_->resize(outer_ - frame());
+}
+
+bool OuterSizer::eventFilter(QObject* watched, QEvent* event) {
+  // The frame arrives with the show, or with the move that follows it when
+  // the window manager frames the window later; the first of them with a
+  // frame, or the first move, settles it, so the user's sizing is kept.
+  if (watched == window_ && frame_pending_ &&
+      (event->type() == QEvent::Show || event->type() == QEvent::Move)) {
+    frame_pending_ = frame().isNull() && event->type() == QEvent::Show;
+    window_->resize(outer_ - frame());
+  }
+  return false;
+}
+
 void Lamp::set_color(const QColor& color) {
   if (color == color_) return;
   color_ = color;

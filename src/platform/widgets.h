@@ -53,6 +53,28 @@ class Lamp : public QWidget {
   QColor color_;
 };
 
+// Gives a top-level window an outer size, frame and title bar included.
+// The window system tells the frame only once it has framed the window, so
+// a size asked for before then is given again when the frame is known.
+class OuterSizer : public QObject {
+ public:
+  explicit OuterSizer(QWidget* window);
+  ~OuterSizer() override;
+  OuterSizer(const OuterSizer&) = delete;
+  OuterSizer& operator=(const OuterSizer&) = delete;
+  void resize(QSize outer);
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  QSize frame() const;
+
+  QWidget* window_;
+  QSize outer_;
+  bool frame_pending_ = false;
+};
+
 struct Place {
   int x;
   int y;

@@ -3,6 +3,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableView>
@@ -73,21 +74,45 @@ TEST(MainWindow, OpensAnAssembledImageShowsItInTheBufferAndWritesItIntoTheChip) 
   EXPECT_EQ(rig.sim.config_word(), rig.state->ConfigWord);  // the editor's, not the file's
 }
 
-// The test area opens at the second click on kage; then every control
-// stands inside the enlarged window and none overlaps another.
-TEST(MainWindow, TestAreaOpensAtTheSecondClickOnKageAndNoControlsOverlap) {
+// The window's sizes are outer sizes, frame included. The test area opens
+// at the second click on kage, the name label always collapses it, and
+// both size a window the user has resized; then every control stands
+// inside the enlarged window and none overlaps another.
+TEST(MainWindow, SizesFollowKageAndTheNameLabelAndNoControlsOverlap) {
   PanelRig rig;
   MainWindow& main = rig.main();
   EXPECT_EQ(main.windowTitle(), "ZENTA Control Panel (simulated unit)");
-  EXPECT_EQ(main.size(), QSize(600, 360));
+  ASSERT_NE(main.frameGeometry().size(), main.size()) << "the platform draws no frame";
+  EXPECT_EQ(main.frameGeometry().size(), QSize(600, 360));
+  const char* const user = nullptr;  // the user sizes the window by hand
   for (const auto& [label, height] : {std::pair{"kage", 360},
                                       {"kage", 460},
                                       {"Label_KRVname", 360},
+                                      {user, 300},
+                                      {"Label_KRVname", 360},
+                                      {user, 500},
+                                      {"Label_KRVname", 360},
                                       {"kage", 460},
+                                      {user, 400},
                                       {"kage", 360},
                                       {"kage", 460}}) {
-    rig.click(label);
-    EXPECT_EQ(main.height(), height) << "after a click on " << label;
+    if (label) {
+      rig.click(label);
+    } else {
+      main.resize(QSize(640, height) - (main.frameGeometry().size() - main.size()));
+      rig.settle();
+    }
+    const std::string after = label ? label : "the user";
+    EXPECT_EQ(main.frameGeometry().size(), QSize(label ? 600 : 640, height)) << "after " << after;
+  }
+  // Under a title bar of 30 pixels the collapsed window still shows the
+  // row of kage, and none of the test area.
+  const int shown = 360 - 30 - main.menuBar()->height();
+  for (const char* name : {"Command_RESET", "EXTButton", "kage", "Label_KRVname", "Label12"}) {
+    EXPECT_LE(rig.find<QWidget>(name)->geometry().bottom(), shown) << name;
+  }
+  for (const char* name : {"Label3", "Command_VCC", "Command_Vset_2", "Text2"}) {
+    EXPECT_GT(rig.find<QWidget>(name)->geometry().top(), shown) << name;
   }
   std::vector<QRect> areas;
   std::vector<std::string> names;
@@ -102,6 +127,22 @@ TEST(MainWindow, TestAreaOpensAtTheSecondClickOnKageAndNoControlsOverlap) {
     for (std::size_t j = i + 1; j < areas.size(); ++j) {
       EXPECT_FALSE(areas[i].intersects(areas[j])) << names[i] << " overlaps " << names[j];
     }
+  }
+}
+
+// Client sizes at opening, in pixels of 15 twips: DATAVIEW is as wide as its
+// grid and border (9990 twips); EEVIEW opens at its given 6465 by 3465
+// twips, its rows scrolling, rather than growing to its 17 rows.
+TEST(BufferViewers, OpenAtTheirClientSizes) {
+  for (const auto& [command, window, size] :
+       {std::tuple{"Buffer_view", "DATAVIEW", QSize(666, 455)},
+        std::tuple{"READ_EEPROM", "EEVIEW", QSize(431, 231)}}) {
+    PanelRig rig;
+    rig.click(command);
+    auto* viewer = rig.find<BufferViewer>(window);
+    ASSERT_NE(viewer, nullptr) << window;
+    EXPECT_TRUE(viewer->isVisible()) << window;
+    EXPECT_EQ(viewer->size(), size) << window;
   }
 }
 

@@ -125,18 +125,18 @@ BufferViewer::BufferViewer(BufferViewModel& view, const ViewerGeometry& geometry
   grid_width_ = std::max(px(geometry.grid_width), content_width);
 
   // The window width follows the grid; the EEPROM window trims the
-  // grid's empty right margin, but never into its cells.
+  // grid's empty right margin, but never into its cells, and opens no
+  // narrower than its client size.
   const ViewerLayout layout = viewer_layout(geometry, twips(grid_width_), 0);
-  setFixedWidth(std::max(px(layout.window_width), content_width));
+  const int opening_width = geometry.has_exit_button ? 0 : px(geometry.client_width);
+  setFixedWidth(std::max({px(layout.window_width), content_width, opening_width}));
 
   if (geometry.has_exit_button) {
     exit_button_ = make_button(this, "EXITButton", "EXIT", "Exit Program", {0, 0, 70, 28});
     connect(exit_button_, &QPushButton::clicked, this, &QWidget::close);
   }
-  // Tall enough to show the EEPROM's 17 rows whole.
-  const int grid_rows_height = std::min(model_->rowCount() + 1, 17) * row_height + frame;
-  const int below_grid = geometry.has_exit_button ? px(1000) : px(400);
-  resize(width(), std::max(px(geometry.client_height), grid_rows_height + below_grid));
+  // Rows past the client height scroll.
+  resize(width(), px(geometry.client_height));
   setMinimumHeight(px(1500));
 }
 

@@ -192,12 +192,11 @@ void MainWindow::render() {
   label7_->setToolTip(label7_->text());
   label9_->setToolTip(label9_->text());
 
-  // The window takes the size the form gives it when that changes; in
+  // The window takes the size the form asks for, each time it asks; in
   // between the user may size it as they like.
-  if (view.width_twips != shown_width_twips_ || view.height_twips != shown_height_twips_) {
-    shown_width_twips_ = view.width_twips;
-    shown_height_twips_ = view.height_twips;
-    resize(px(view.width_twips), px(view.height_twips));
+  if (view.size_request != shown_size_request_) {
+    shown_size_request_ = view.size_request;
+    outer_size_.resize(QSize(px(view.width_twips), px(view.height_twips)));
   }
   if (after_render) after_render();
 }

@@ -53,8 +53,8 @@ class MainWindow : public QMainWindow {
   bool render_queued_ = false;
   bool close_pending_ = false;
   bool shut_down_ = false;
-  int shown_width_twips_ = 0;
-  int shown_height_twips_ = 0;
+  int shown_size_request_ = -1;
+  OuterSizer outer_size_{this};
 
   // Device and configuration.
   QGroupBox* frame1_ = nullptr;

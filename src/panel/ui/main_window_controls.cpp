@@ -1,7 +1,8 @@
 // Where every control of the main window stands. Places are pixels of the
-// panel below the menu bar; the window is 600 by 360 pixels (9000 by 5400
-// twips) with the test area, from y 346 down, hidden below its bottom edge
-// until the window grows to 460 pixels.
+// panel below the menu bar. The window is 600 by 360 pixels (9000 by 5400
+// twips) outside its frame; with a title bar and the menu bar that leaves
+// about 305 pixels of panel, down to the row of kage. The test area, from
+// y 318 down, shows when the window grows to 460 pixels.
 #include <QGroupBox>
 #include <QProgressBar>
 
@@ -44,21 +45,21 @@ void MainWindow::build_option_controls(QWidget* panel) {
   frame2_ = new QGroupBox("OSC Type", panel);
   frame2_->setObjectName("Frame2");
   frame2_->setToolTip("OSC Type");
-  frame2_->setGeometry(8, 160, 84, 106);
+  frame2_->setGeometry(8, 160, 120, 62);
   for (int i = 0; i < 4; ++i) {
     const std::string name = "OSCsel_" + std::to_string(i);
-    oscsel_[i] =
-        make_option(frame2_, name.c_str(), kOscCaptions[i], nullptr, {10, 22 + 20 * i, 66, 20});
+    oscsel_[i] = make_option(frame2_, name.c_str(), kOscCaptions[i], nullptr,
+                             {10 + 54 * (i % 2), 22 + 20 * (i / 2), 52, 20});
   }
-  wdtsel_ = make_check(panel, "WDTsel", "WDT", "WDT enable", {100, 168, 100, 20});
-  putsel_ = make_check(panel, "PUTsel", "PUT", "Power up timer", {100, 190, 100, 20});
-  prtsel_ = make_check(panel, "PRTsel", "Protect", "Code protect", {100, 212, 100, 20});
-  borsel_ = make_check(panel, "BORsel", "BOR", "Brown Out Reset", {100, 234, 100, 20});
+  wdtsel_ = make_check(panel, "WDTsel", "WDT", "WDT enable", {136, 162, 100, 19});
+  putsel_ = make_check(panel, "PUTsel", "PUT", "Power up timer", {136, 181, 100, 19});
+  prtsel_ = make_check(panel, "PRTsel", "Protect", "Code protect", {136, 200, 100, 19});
+  borsel_ = make_check(panel, "BORsel", "BOR", "Brown Out Reset", {136, 219, 100, 19});
 
-  make_label(panel, "Label8", "Configration bit", {8, 268, 160, 16});
-  config_addr_text_ = make_box(panel, "ConfigAddrText", "Config data", {8, 285, 56, 22});
+  make_label(panel, "Label8", "Configration bit", {8, 224, 120, 16});
+  config_addr_text_ = make_box(panel, "ConfigAddrText", "Config data", {8, 241, 56, 22});
   config_addr_text_->setMaxLength(8);
-  text_configbit_ = make_display(panel, "Text_Configbit", "Config data", {68, 285, 150, 22});
+  text_configbit_ = make_display(panel, "Text_Configbit", "Config data", {68, 241, 150, 22});
 }
 
 void MainWindow::build_controls(QWidget* panel) {
@@ -104,19 +105,19 @@ void MainWindow::build_controls(QWidget* panel) {
   progress_->setTextVisible(false);
   progress_->hide();
 
-  command_reset_ = make_button(panel, "Command_RESET", "RESET", "Reset", {256, 280, 72, 28});
+  command_reset_ = make_button(panel, "Command_RESET", "RESET", "Reset", {256, 258, 72, 28});
   reset_lamp_ = new Lamp(panel);
   reset_lamp_->setObjectName("RESET_LAMP");
-  reset_lamp_->setGeometry(334, 285, 18, 18);
-  ext_button_ = make_button(panel, "EXTButton", "EXIT", "Exit", {496, 278, 96, 30});
+  reset_lamp_->setGeometry(334, 263, 18, 18);
+  ext_button_ = make_button(panel, "EXTButton", "EXIT", "Exit", {496, 256, 96, 30});
 
   // The row that the collapsed window shows last: a blank picture box at
   // the left edge, the maker's name and its home page.
-  kage_ = make_link(panel, "kage", "", {8, 313, 13, 16});
+  kage_ = make_link(panel, "kage", "", {8, 291, 13, 16});
   kage_->setCursor(Qt::ArrowCursor);
-  label_krvname_ = make_link(panel, "Label_KRVname", "Korvan", {26, 313, 60, 18});
+  label_krvname_ = make_link(panel, "Label_KRVname", "Korvan", {26, 290, 60, 18});
   label_krvname_->setCursor(Qt::ArrowCursor);
-  label12_ = make_link(panel, "Label12", kHomePageUrl, {92, 313, 240, 18});
+  label12_ = make_link(panel, "Label12", kHomePageUrl, {92, 290, 240, 18});
   QFont link_font = label12_->font();
   link_font.setUnderline(true);
   label12_->setFont(link_font);
@@ -125,27 +126,27 @@ void MainWindow::build_controls(QWidget* panel) {
 }
 
 void MainWindow::build_test_area(QWidget* panel) {
-  make_label(panel, "Label3", "Test mode", {8, 350, 70, 20});
-  command_vcc_ = make_button(panel, "Command_VCC", "VCC off", nullptr, {80, 346, 70, 28});
-  command_led_ = make_button(panel, "Command_LED", "LED off", nullptr, {154, 346, 70, 28});
-  command_id_ = make_button(panel, "Command_ID", "ID", nullptr, {228, 346, 40, 28});
+  make_label(panel, "Label3", "Test mode", {8, 322, 70, 20});
+  command_vcc_ = make_button(panel, "Command_VCC", "VCC off", nullptr, {80, 318, 70, 28});
+  command_led_ = make_button(panel, "Command_LED", "LED off", nullptr, {154, 318, 70, 28});
+  command_id_ = make_button(panel, "Command_ID", "ID", nullptr, {228, 318, 40, 28});
   constexpr std::array<const char*, 3> kLevels = {"0v", "5v", "Vpp"};
   for (int i = 0; i < 3; ++i) {
     const std::string name = "Command_Vset_" + std::to_string(i);
     command_vset_[i] = make_button(panel, name.c_str(), kLevels[i], nullptr,
-                                   {272 + 44 * i, 346, i == 2 ? 46 : 40, 28});
+                                   {272 + 44 * i, 318, i == 2 ? 46 : 40, 28});
   }
-  make_label(panel, "Label10", "AD", {414, 350, 22, 20});
-  text_ad_ = make_display(panel, "Text_AD", nullptr, {436, 349, 56, 22});
-  text2_ = make_display(panel, "Text2", nullptr, {500, 349, 92, 22});
+  make_label(panel, "Label10", "AD", {414, 322, 22, 20});
+  text_ad_ = make_display(panel, "Text_AD", nullptr, {436, 321, 56, 22});
+  text2_ = make_display(panel, "Text2", nullptr, {500, 321, 92, 22});
 
-  usbmsg_ = make_display(panel, "USBMSG", nullptr, {8, 380, 210, 22});
-  text_device_ = make_display(panel, "Text_Device", nullptr, {222, 380, 150, 22});
-  text_admon_ = make_display(panel, "Text_ADMON", nullptr, {376, 380, 112, 22});
-  test_ = make_display(panel, "TEST", nullptr, {492, 380, 100, 22});
+  usbmsg_ = make_display(panel, "USBMSG", nullptr, {8, 352, 210, 22});
+  text_device_ = make_display(panel, "Text_Device", nullptr, {222, 352, 150, 22});
+  text_admon_ = make_display(panel, "Text_ADMON", nullptr, {376, 352, 112, 22});
+  test_ = make_display(panel, "TEST", nullptr, {492, 352, 100, 22});
 
-  label7_ = make_label(panel, "Label7", "", {8, 408, 288, 18});
-  label9_ = make_label(panel, "Label9", "", {304, 408, 288, 18});
+  label7_ = make_label(panel, "Label7", "", {8, 380, 288, 18});
+  label9_ = make_label(panel, "Label9", "", {304, 380, 288, 18});
 }
 
 }  // namespace zenta
