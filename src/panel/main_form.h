@@ -16,7 +16,7 @@
 #include "link/unit_driver.h"
 #include "link/unit_link.h"
 #include "panel/main_view.h"
-#include "panel/tool_settings.h"
+#include "toolchain/tool_settings.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
 

@@ -5,7 +5,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
-#include "panel/tool_settings.h"
+#include "toolchain/tool_settings.h"
 #include "platform/qt_settings_store.h"
 #include "ui/panel_rig.h"
 
