@@ -16,9 +16,10 @@
 #include "link/unit_driver.h"
 #include "link/unit_link.h"
 #include "panel/main_view.h"
-#include "toolchain/tool_settings.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
+#include "toolchain/tool_settings.h"
+#include "toolchain/toolchain.h"
 
 namespace zenta {
 
@@ -118,6 +119,13 @@ class MainForm {
   void Buffer_view_Click();
   void BUFVIEWButton_Click();
 
+  // ---- toolchain: tool runs and editors (main_form_tools.cpp) ----
+  void ASSMButton_Click();
+  void C_Button_Click();
+  void EditorButton_Click();
+  void New_EditorButton_Click();
+  Toolchain& toolchain();
+
  private:
   // Brackets one public command: refuses it while another runs (a chip
   // operation lets events run, and a second one would interleave its
@@ -184,6 +192,10 @@ class MainForm {
   ConfigOptionPatterns patterns_{};
   CommandOutcome outcome_;
   CommandOutcome running_;
+
+  // ---- toolchain ----
+  // Made at first use, on this form's boxes and LOAD_HEX.
+  std::unique_ptr<Toolchain> toolchain_;
 };
 
 }  // namespace zenta

@@ -6,6 +6,8 @@
 #include "panel/ui/help_window.h"
 #include "panel/ui/setup_window.h"
 #include "panel/ui/version_window.h"
+#include "toolchain/ui/editor_window.h"
+#include "toolchain/ui/error_window.h"
 
 namespace zenta {
 
@@ -31,13 +33,17 @@ PanelWindows::PanelWindows(MainForm& form, QtHost& host, bool simulated)
     return new BufferViewer(form_.eeprom_view(), kEepromViewGeometry, "EEVIEW",
                             "EEPROM Data buffer", 16, main);
   });
+  windows.set_factory(WindowId::kErrorView,
+                      [this, main] { return new ErrorWindow(form_.toolchain(), main); });
+  windows.set_factory(WindowId::kEditor,
+                      [this, main] { return new EditorWindow(form_.toolchain(), main); });
   main_->after_render = [this] { refresh_viewers(); };
 }
 
 PanelWindows::~PanelWindows() {
   // The factories refer to this object and the main window.
   for (WindowId id : {WindowId::kHelp, WindowId::kVersion, WindowId::kSetup, WindowId::kDataView,
-                      WindowId::kEepromView}) {
+                      WindowId::kEepromView, WindowId::kErrorView, WindowId::kEditor}) {
     host_.windows().set_factory(id, nullptr);
   }
   host_.before_events = nullptr;
