@@ -15,7 +15,7 @@ std::string read_lines_crlf(const std::string& path, bool* ok) {
   if (!path.empty() && !std::filesystem::is_directory(path, error)) {
     file.open(path, std::ios::binary);
   }
-  if (!file) {
+  if (!file.is_open()) {
     if (ok) *ok = false;
     return text;
   }
