@@ -25,8 +25,8 @@ EditorWindow::EditorWindow(Toolchain& toolchain, QWidget* parent)
   editor_text_->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   editor_text_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   editor_text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-  save_button_ = make_button(this, "SAVEButton", "SAVE", "Save to File", {0, 0, 80, 28});
-  exit_button_ = make_button(this, "EXITButton", "EXIT", "Exit program", {0, 0, 80, 28});
+  save_button_ = make_button(this, "SAVEButton", "SAVE", "Save to File", {0, 0, 64, 28});
+  exit_button_ = make_button(this, "EXITButton", "EXIT", "Exit program", {0, 0, 64, 28});
   connect(save_button_, &QPushButton::clicked, this,
           [this] { toolchain_.save_editor(editor_text_->toPlainText().toStdString()); });
   // No question on the way out: the editor keeps no unsaved-changes flag.
