@@ -31,7 +31,6 @@ struct Toolchain::Run {
   std::unique_ptr<ToolProcess> process;
   std::filesystem::file_time_type started;
   int ticks = 0;
-  bool waited = false;
 };
 
 Toolchain::Toolchain(const ToolSettings& tools, ProgrammerState& state, Host& host, ToolPanel panel)
@@ -93,11 +92,8 @@ void Toolchain::Timer1_Tick() {
   if (!run_) return;
   Run& run = *run_;
   ++run.ticks;
-  if (!run.waited) {
-    if (state_.WaitTicks >= kWaitUntil) return;
-    run.waited = true;
-    state_.WaitTicks = 0;
-  }
+  // Past the wait, WaitTicks stays at 0 or 1 (below), so this passes.
+  if (state_.WaitTicks >= kWaitUntil) return;
   if (!run.process->finished()) {
     if (run.ticks >= kLimitTicks) {
       run.process->kill();
