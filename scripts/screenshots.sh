@@ -6,7 +6,8 @@
 #   scripts/screenshots.sh [BUILD_DIR] [OUT_DIR]
 #
 # BUILD_DIR defaults to build, OUT_DIR to BUILD_DIR/screenshots. The main
-# window with its test area open is also copied to docs/screenshot-main.png.
+# window with its test area open is also copied to docs/screenshot-main.png,
+# the error window of a failed assembly to docs/screenshot-errview.png.
 # Needs xvfb (xvfb-run). The user's own settings are not touched: the run
 # keeps its settings in a folder of its own, with the help folder set to
 # the source tree's data folder.
@@ -41,4 +42,5 @@ CONF
   ZENTA_SCREENSHOTS="$out" timeout 120 xvfb-run -a -s "-screen 0 1280x1024x24" "$panel")
 
 cp "$out/main.png" "$repo/docs/screenshot-main.png"
+cp "$out/errview.png" "$repo/docs/screenshot-errview.png"
 ls "$out"

@@ -16,6 +16,14 @@ std::string lower(std::string text) {
 }
 }  // namespace
 
+std::string join_folder(const std::string& folder, const std::string& name) {
+#ifdef _WIN32
+  return folder + "\\" + name;
+#else
+  return folder + "/" + name;
+#endif
+}
+
 std::string resolve_case_insensitive(const std::string& path) {
   namespace fs = std::filesystem;
   std::error_code error;

@@ -6,6 +6,11 @@
 
 namespace zenta {
 
+// Folder and file name joined with the platform's separator ("\\" on
+// Windows, "/" elsewhere), exactly as the settings hold the folder: an
+// empty folder gives a name in the root, as the panel always has.
+std::string join_folder(const std::string& folder, const std::string& name);
+
 // `path` itself when it exists; otherwise the entry of its folder whose name
 // equals its last component without regard to case (the first in name order
 // when several do); otherwise `path` unchanged.

@@ -1,7 +1,10 @@
 #pragma once
 // What the core asks of the platform. The Qt layer implements it for the
 // panel, the command-line program prints instead, and tests use fakes.
+#include <memory>
 #include <string>
+
+#include "common/tool_process.h"
 
 namespace zenta {
 
@@ -37,6 +40,23 @@ class Host {
   virtual std::string save_file_dialog(const std::string& filter) = 0;
   // Starts a program without waiting for it; false when it cannot start.
   virtual bool start_program(const std::string& command_line, bool minimized) = 0;
+  // Starts `command` (a program and its options, split into words as a
+  // command line is) with `argument` appended as one more argument when it
+  // is not empty, so a path with blanks or shell characters reaches the
+  // program as it stands. No shell is involved. start_tool returns a handle
+  // to watch, or null when the program cannot start; start_detached lets
+  // the program run on its own. Hosts that start nothing keep the defaults.
+  virtual std::unique_ptr<ToolProcess> start_tool(const std::string& command,
+                                                  const std::string& argument) {
+    (void)command;
+    (void)argument;
+    return nullptr;
+  }
+  virtual bool start_detached(const std::string& command, const std::string& argument) {
+    (void)command;
+    (void)argument;
+    return false;
+  }
   virtual bool open_url(const std::string& url) = 0;
   // Shows another window, creating it when it is not open, or brings the
   // open one forward.

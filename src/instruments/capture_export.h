@@ -18,8 +18,4 @@ std::string vcd_text(const std::vector<bool>& samples, std::uint8_t period, bool
 // "sample,time_us,level", one line per sample.
 std::string csv_text(const std::vector<bool>& samples, std::uint8_t period);
 
-// Writes through a temporary file renamed over the target, so a failure
-// never leaves half a file; false when it cannot be written.
-bool write_file_atomically(const std::string& path, const std::string& text);
-
 }  // namespace zenta

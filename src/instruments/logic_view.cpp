@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cmath>
 
+#include "common/atomic_file.h"
 #include "common/number_text.h"
 #include "instruments/capture_export.h"
 #include "link/command_codes.h"

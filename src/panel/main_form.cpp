@@ -91,9 +91,10 @@ void MainForm::restore_device() {
 
 void MainForm::load_tool_settings() {
   if (settings_.get(kSettingsApp, kSettingsSection, "F_ASM").empty()) {
-    // First run: the defaults go to the store only; the tool settings in
-    // memory are filled from them at the next start or by the setup dialog.
-    const auto defaults = tool_values(startup_tool_defaults());
+    // First run: the defaults are stored and used at once, so the first
+    // Assembler run and HELP work without a restart.
+    tools_ = startup_tool_defaults();
+    const auto defaults = tool_values(tools_);
     for (std::size_t i = 0; i < kToolKeys.size(); ++i) {
       settings_.save(kSettingsApp, kSettingsSection, kToolKeys[i], defaults[i]);
     }

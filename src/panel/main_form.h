@@ -7,6 +7,7 @@
 // the view.
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -16,11 +17,12 @@
 #include "image/programmer_state.h"
 #include "link/unit.h"
 #include "panel/main_view.h"
-#include "panel/tool_settings.h"
 #include "programming/commands.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
 #include "programming/safe_programming.h"
+#include "toolchain/tool_settings.h"
+#include "toolchain/toolchain.h"
 
 namespace zenta {
 
@@ -111,6 +113,13 @@ class MainForm : private OperationReport {
   void Buffer_view_Click();
   void BUFVIEWButton_Click();
 
+  // ---- toolchain: tool runs and editors (main_form_tools.cpp) ----
+  void ASSMButton_Click();
+  void C_Button_Click();
+  void EditorButton_Click();
+  void New_EditorButton_Click();
+  Toolchain& toolchain();
+
  private:
   // OperationReport onto the view.
   void notes(const std::string& text, std::uint32_t colour) override;
@@ -153,6 +162,10 @@ class MainForm : private OperationReport {
   // The option patterns of the selected device; all zero masks before the
   // first selection, which clear the word as an unselected device should.
   ConfigOptionPatterns patterns_{};
+
+  // ---- toolchain ----
+  // Made at first use, on this form's boxes and LOAD_HEX.
+  std::unique_ptr<Toolchain> toolchain_;
 };
 
 }  // namespace zenta

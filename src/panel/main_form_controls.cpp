@@ -58,6 +58,7 @@ void MainForm::read_ad_channel0() {
 void MainForm::Timer1_Timer() {
   view_.Text2 = std::to_string(state_.WaitTicks);
   if (state_.WaitTicks != 0) --state_.WaitTicks;
+  if (toolchain_) toolchain_->Timer1_Tick();
   if (reset_state_ != 0 && --reset_state_ == 0) view_.RESET_LAMP = kLampGreen;
   changed();
 }

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "common/settings_store.h"
-#include "panel/tool_settings.h"
+#include "toolchain/tool_settings.h"
 
 namespace zenta {
 

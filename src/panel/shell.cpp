@@ -4,14 +4,6 @@
 
 namespace zenta {
 
-std::string join_folder(const std::string& folder, const std::string& name) {
-#ifdef _WIN32
-  return folder + "\\" + name;
-#else
-  return folder + "/" + name;
-#endif
-}
-
 std::string help_file_path(const std::string& asm_folder) {
   return join_folder(asm_folder, kHelpFileName);
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "common/file_names.h"
 #include "common/host.h"
 
 namespace zenta {

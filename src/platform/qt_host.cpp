@@ -12,6 +12,7 @@
 #include <QUrl>
 
 #include "platform/host_rules.h"
+#include "platform/qt_process.h"
 
 namespace zenta {
 
@@ -88,6 +89,15 @@ bool QtHost::start_program(const std::string& command_line, bool /*minimized*/) 
   QStringList arguments;
   for (const std::string& argument : launch.arguments) arguments << q(argument);
   return QProcess::startDetached(q(launch.program), arguments);
+}
+
+std::unique_ptr<ToolProcess> QtHost::start_tool(const std::string& command,
+                                                const std::string& argument) {
+  return QtToolProcess::start(tool_launch(command, argument));
+}
+
+bool QtHost::start_detached(const std::string& command, const std::string& argument) {
+  return start_detached_program(tool_launch(command, argument));
 }
 
 bool QtHost::open_url(const std::string& url) {

@@ -3,6 +3,8 @@
 // (message boxes, event pumps, beeps, programs, URLs, windows) and answers
 // dialogs and questions from fields the test sets.
 #include <deque>
+#include <functional>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -10,6 +12,37 @@
 #include "common/host.h"
 
 namespace zenta::testing {
+
+// A tool the fake host "started": it ends after `polls` calls of
+// finished(), running `on_end` (which writes the tool's files) as it does.
+struct FakeTool {
+  int polls = 0;
+  int status = 0;
+  std::string output;
+  std::function<void()> on_end;
+  bool killed = false;
+};
+
+class FakeToolProcess : public ToolProcess {
+ public:
+  explicit FakeToolProcess(std::shared_ptr<FakeTool> tool) : tool_(std::move(tool)) {}
+  bool finished() override {
+    if (tool_->killed) return true;
+    if (tool_->polls > 0 && --tool_->polls > 0) return false;
+    if (tool_->on_end) {
+      auto end = std::move(tool_->on_end);
+      tool_->on_end = nullptr;
+      end();
+    }
+    return true;
+  }
+  int exit_status() const override { return tool_->killed ? -1 : tool_->status; }
+  std::string output() override { return tool_->output; }
+  void kill() override { tool_->killed = true; }
+
+ private:
+  std::shared_ptr<FakeTool> tool_;
+};
 
 struct ShownBox {
   std::string text;
@@ -33,6 +66,15 @@ class FakeHost : public Host {
   };
   std::vector<Started> started;
   bool start_result = true;
+  // Tool starts: command and argument as the core gave them. The next
+  // start runs `tool`; a null tool cannot start.
+  struct ToolStart {
+    std::string command;
+    std::string argument;
+    bool detached;
+  };
+  std::vector<ToolStart> tool_starts;
+  std::shared_ptr<FakeTool> tool = std::make_shared<FakeTool>();
   std::vector<std::string> urls;
   bool url_result = true;
   std::vector<WindowId> shown;
@@ -55,6 +97,16 @@ class FakeHost : public Host {
   bool start_program(const std::string& command_line, bool minimized) override {
     started.push_back({command_line, minimized});
     return start_result;
+  }
+  std::unique_ptr<ToolProcess> start_tool(const std::string& command,
+                                          const std::string& argument) override {
+    tool_starts.push_back({command, argument, false});
+    if (!tool) return nullptr;
+    return std::make_unique<FakeToolProcess>(tool);
+  }
+  bool start_detached(const std::string& command, const std::string& argument) override {
+    tool_starts.push_back({command, argument, true});
+    return tool != nullptr;
   }
   bool open_url(const std::string& url) override {
     urls.push_back(url);

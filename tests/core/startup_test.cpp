@@ -81,13 +81,13 @@ TEST(Startup, PacketOrderAndStateOnACleanStore) {
   EXPECT_EQ(p.form.view().PICsel, 1);
   EXPECT_EQ(p.form.view().Label7, "TopDIR = /home/user/work");
   EXPECT_EQ(p.form.view().height_twips, 5400);
-  // First run: the six tool defaults are stored, the memory copies stay empty.
+  // First run: the six tool defaults are stored and used at once.
   const auto defaults = tool_values(startup_tool_defaults());
   for (std::size_t i = 0; i < kToolKeys.size(); ++i) {
     EXPECT_EQ(p.setting(kToolKeys[i]), defaults[i]) << kToolKeys[i];
   }
   EXPECT_TRUE(p.store.contains("F_EDIT"));
-  EXPECT_EQ(p.tools.AsmFolder, "");
+  EXPECT_EQ(p.tools.AsmFolder, startup_tool_defaults().AsmFolder);
   EXPECT_EQ(p.setting("DEVICE"), "1");
   EXPECT_TRUE(p.host.boxes.empty());
 }
@@ -104,8 +104,8 @@ TEST(Startup, ToolSettingsAreReadOrDefaulted) {
     const bool first_run = first.empty();
     EXPECT_EQ(p.setting("CMD_ASM"), first_run ? startup_tool_defaults().AsmCommand : "mine");
     EXPECT_EQ(p.setting("F_EDIT"), first_run ? "" : "mine");
-    EXPECT_EQ(p.tools.AsmCommand, first_run ? "" : "mine");
-    EXPECT_EQ(p.tools.AsmFolder, first_run ? "" : "/opt/asm");
+    EXPECT_EQ(p.tools.AsmCommand, first_run ? startup_tool_defaults().AsmCommand : "mine");
+    EXPECT_EQ(p.tools.AsmFolder, first_run ? startup_tool_defaults().AsmFolder : "/opt/asm");
   }
 }
 

@@ -5,8 +5,8 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
-#include "panel/tool_settings.h"
 #include "platform/qt_settings_store.h"
+#include "toolchain/tool_settings.h"
 #include "ui/panel_rig.h"
 
 namespace zenta::testing {

@@ -102,6 +102,10 @@ void MainWindow::connect_controls() {
   click(verify_button_, &MainForm::VerifyButton_Click);
   click(erase_button_, &MainForm::ERASEButton_Click);
   click(bufview_button_, &MainForm::BUFVIEWButton_Click);
+  click(tool_buttons_[0], &MainForm::ASSMButton_Click);
+  click(tool_buttons_[1], &MainForm::C_Button_Click);
+  click(tool_buttons_[2], &MainForm::EditorButton_Click);
+  click(tool_buttons_[3], &MainForm::New_EditorButton_Click);
   click(command_reset_, &MainForm::Command_RESET_Click);
   click(command_vcc_, &MainForm::Command_VCC_Click);
   click(command_led_, &MainForm::Command_LED_Click);

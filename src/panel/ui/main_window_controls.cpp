@@ -88,15 +88,12 @@ void MainWindow::build_controls(QWidget* panel) {
   last_addr_text_->setMaxLength(8);
 
   bufview_button_ = make_button(panel, "BUFVIEWButton", "BUFFER", "Buffer view", {496, 50, 96, 28});
-  // The tool runs and editors come with the toolchain; until then their
-  // buttons stand where they belong, disabled.
   tool_buttons_ = {
       make_button(panel, "ASSMButton", "Assembler", "Assembler", {496, 82, 96, 28}),
       make_button(panel, "C_Button", "C compiler", "C Compiler", {496, 114, 96, 28}),
       make_button(panel, "EditorButton", "Editor", "Edit and View", {496, 146, 96, 28}),
       make_button(panel, "New_EditorButton", "NEW", "New", {496, 178, 96, 28}),
   };
-  for (QPushButton* button : tool_buttons_) button->setEnabled(false);
 
   notes_label_ = make_label(panel, "NotesLabel", "", {256, 214, 336, 22});
   progress_ = new QProgressBar(panel);

@@ -36,6 +36,13 @@ void MainWindow::build_menus() {
   on(read_eeprom_menu_, [this] { form_.READ_EEPROM_Click(); });
 
   QMenu* tool = menu("TOOL");
+  on(add_item(tool, "Editor", "Editor", QKeySequence(Qt::Key_F5)),
+     [this] { form_.EditorButton_Click(); });
+  on(add_item(tool, "Assembler", "Assembler", QKeySequence(Qt::Key_F6)),
+     [this] { form_.ASSMButton_Click(); });
+  on(add_item(tool, "Ccmp", "C compiler", QKeySequence(Qt::Key_F7)),
+     [this] { form_.C_Button_Click(); });
+  on(add_item(tool, "NEW_EDITOR", "New File"), [this] { form_.New_EditorButton_Click(); });
   // The instruments cannot start while a chip command runs.
   const auto instrument = [this](WindowId id) {
     return [this, id] {

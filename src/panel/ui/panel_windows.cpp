@@ -9,6 +9,8 @@
 #include "panel/ui/help_window.h"
 #include "panel/ui/setup_window.h"
 #include "panel/ui/version_window.h"
+#include "toolchain/ui/editor_window.h"
+#include "toolchain/ui/error_window.h"
 
 namespace zenta {
 
@@ -38,6 +40,10 @@ PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host
     return new BufferViewer(parts_.eeprom_view, kEepromViewGeometry, "EEVIEW", "EEPROM Data buffer",
                             16, main);
   });
+  windows.set_factory(WindowId::kErrorView,
+                      [this, main] { return new ErrorWindow(form_.toolchain(), main); });
+  windows.set_factory(WindowId::kEditor,
+                      [this, main] { return new EditorWindow(form_.toolchain(), main); });
   main_->after_render = [this] { refresh_viewers(); };
   set_instrument_factories();
 }
@@ -61,7 +67,8 @@ PanelWindows::~PanelWindows() {
   // The factories refer to this object and the main window.
   for (WindowId id : {WindowId::kHelp, WindowId::kVersion, WindowId::kSetup, WindowId::kDataView,
                       WindowId::kEepromView, WindowId::kConverter, WindowId::kLogicView,
-                      WindowId::kVoltMeter, WindowId::kFrequencyCounter, WindowId::kEventCounter}) {
+                      WindowId::kVoltMeter, WindowId::kFrequencyCounter, WindowId::kEventCounter,
+                      WindowId::kErrorView, WindowId::kEditor}) {
     host_.windows().set_factory(id, nullptr);
   }
   host_.before_events = nullptr;

@@ -3,7 +3,9 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QPixmap>
+#include <QTemporaryDir>
 #include <QThread>
+#include <fstream>
 #include <iostream>
 
 #include "converter/ui/data_conv_window.h"
@@ -130,6 +132,19 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   ok &= save(host.windows().find(WindowId::kEepromView), folder + "/eeview.png");
   ok &= save(&main, folder + "/main-after.png");
   ok &= save_instruments(host, folder);
+
+  // A source with a mistake, assembled: the error window lists the
+  // assembler's messages, and the editor shows the source.
+  QTemporaryDir sources;
+  const std::string source = QDir(sources.path()).filePath("blink.asm").toStdString();
+  std::ofstream(source) << "\tlist p=16f877a\n\torg 0\nstart:\tbsf 0x06, 0\n\tgoto strat\n"
+                           "\tmovlw 0x2A\n\tend\n";
+  form.view().FilenameTextbox = source;
+  main.run([&form] { form.ASSMButton_Click(); });
+  for (int ticks = 0; form.toolchain().running() && ticks < 600; ++ticks) settle();
+  ok &= save(host.windows().find(WindowId::kErrorView), folder + "/errview.png");
+  main.run([&form] { form.EditorButton_Click(); });
+  ok &= save(host.windows().find(WindowId::kEditor), folder + "/editor.png");
 
   main.close();
   return ok;

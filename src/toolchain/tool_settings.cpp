@@ -1,4 +1,4 @@
-#include "panel/tool_settings.h"
+#include "toolchain/tool_settings.h"
 
 namespace zenta {
 
