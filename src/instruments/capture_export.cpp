@@ -1,5 +1,7 @@
 #include "instruments/capture_export.h"
 
+#include "common/atomic_file.h"
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -38,23 +40,7 @@ std::string csv_text(const std::vector<bool>& samples, std::uint8_t period) {
 }
 
 bool write_file_atomically(const std::string& path, const std::string& text) {
-  const std::string temporary = path + ".tmp";
-  {
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    if (!file) return false;
-    file << text;
-    file.close();
-    if (!file) {
-      std::error_code ignored;
-      std::filesystem::remove(temporary, ignored);
-      return false;
-    }
-  }
-  std::error_code error;
-  std::filesystem::rename(temporary, path, error);
-  if (!error) return true;
-  std::filesystem::remove(temporary, error);
-  return false;
+  return write_file_atomically(path, text, nullptr);
 }
 
 }  // namespace zenta
