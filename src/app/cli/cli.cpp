@@ -44,9 +44,11 @@ sim::SimUnit* simulated_unit(const DriverChoice& choice) {
 }
 
 // Commands whose outcome line is their answer, printed even with -q.
-bool answers(Command command) {
+bool answers(const Options& options) {
+  const Command command = options.command;
   return command == Command::kVersion || command == Command::kId || command == Command::kVolts ||
-         command == Command::kFreq || command == Command::kCount;
+         command == Command::kFreq ||
+         (command == Command::kCount && options.counter_action == "read");
 }
 
 std::string default_unit() {
@@ -63,7 +65,7 @@ void print_outcome(const Options& options, const RunRecord& record, std::ostream
   } else if (!record.ok()) {
     err << "zenta: " << record.message << '\n';
   } else if (!record.message.empty() &&
-             (options.verbosity != Verbosity::kQuiet || answers(options.command))) {
+             (options.verbosity != Verbosity::kQuiet || answers(options))) {
     out << record.message << '\n';
   }
   if (options.verbosity == Verbosity::kVerbose) {
