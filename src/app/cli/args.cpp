@@ -275,8 +275,8 @@ ParseResult parse_arguments(const std::vector<std::string>& args) {
 }
 
 const char* usage_text() {
-  return R"TEXT(Usage: zenta [--unit UNIT] [--device NAME|INDEX] [--trace FILE] [--sim-memory FILE]
-             COMMAND [ARGS]
+  return R"TEXT(Usage: zenta [--unit UNIT]... [--device NAME|INDEX|CHIP|auto] [--trace FILE]
+             [--sim-memory FILE] [--exact] [--json] [-q|-v] COMMAND [ARGS]
 
 Commands:
   version                     print the unit's firmware identification
@@ -286,32 +286,49 @@ Commands:
                               load, erase, write, verify, write the configuration word,
                               as the panel's WRITE button
   verify FILE.hex [--last HHHH]
-                              compare the chip with the file, as the VERIFY button
+                              compare every word through the file's last program word
+                              (or --last), then its configuration word
   read [-o FILE.hex] [--last HHHH]
-                              read program memory; print a hex table or save INHX8M
+                              read program memory; print a hex table, or save program
+                              memory, configuration word and EEPROM as INHX8M
   read-eeprom [-o FILE.hex]   read the data EEPROM; print a hex table or save INHX8M
                               (byte i at byte address 4200 + 2i, as gputils puts it)
+  units                       list the units plugged in on USB
+  capture [--period N] [--edge pos|neg] [-o FILE.vcd|FILE.csv]
+                              480 logic samples, one every N x 0.1 ms (N 0 to 100)
+  volts [--channel vpp|sab|vin] [--att X]
+                              one A/D reading (default vin, attenuation 4.4)
+  freq [--gate 100ms|1s]      the frequency on the logic input
+  count clear|start|stop|read the event counter
 
 Options:
-  --unit UNIT        usb (the default), sim (a simulated 16F877A) or sim:CHIP
-                     (sim:16F628A, sim:none for an empty socket); default ZENTA_UNIT
-  --device NAME|INDEX
+  --unit UNIT        usb (the default), usb:SERIAL, sim (a simulated 16F877A) or
+                     sim:CHIP[,freq=HZ][,latency=1ms] (sim:none for an empty socket);
+                     default ZENTA_UNIT. Given more than once: each unit in parallel,
+                     one result line per unit prefixed with its name
+  --device NAME|INDEX|CHIP|auto
                      device entry by caption (16F87x, 16F87xA, 16F84, 16F84A, 16F62x,
-                     16F62xA, 12F629/675, 16F818/819) or index 0 to 7; default 16F87xA
+                     16F62xA, 12F629/675, 16F818/819), index 0 to 7, chip (16F628A,
+                     PIC16F628A) or auto (from the chip's ID); default 16F87xA
   --trace FILE       write one line per exchange with the unit to FILE
   --sim-memory FILE  keep the simulated chip's memories in FILE across runs
+  --exact            the documented packet sequences only, without the checks
+  --json             print one JSON object per command instead of text
+  -q, --quiet        no progress and no outcome line, unless it is the answer
+  -v, --verbose      each step of the operation and the exchange count
   --config HHHH      configuration word to write; else the file's word 2007, else the
                      device's default
-  --last HHHH        last address, as typed into the panel's LAST box; without it
-                     write and verify take the box as the loader leaves it, and
-                     read reads the device's whole program memory
-  -o FILE.hex        save what was read as INHX8M instead of printing it
+  --last HHHH        last address, as typed into the panel's LAST box
+  -o FILE            save what was read or captured instead of printing it; written
+                     only when the whole read succeeded
+  --version          print the program's version
   -h, --help         print this text
 
-The outcome (the panel's notes line) goes to standard output, messages and
-progress to standard error.
-Exit status: 0 success; 1 the operation failed (verify mismatch, configuration
-read-back, unreadable file, failed exchanges); 2 bad usage; 3 no unit.
+The outcome line goes to standard output on success; a failure prints why on
+standard error instead. Ctrl-C ends a command as a failure does.
+Exit status: 0 success; 1 the operation failed (a check refused, verify mismatch,
+configuration read-back, bad file, failed exchanges, interrupted); 2 bad usage;
+3 no unit.
 )TEXT";
 }
 
