@@ -1,14 +1,15 @@
 #pragma once
-// Files the panel writes go to a temporary file beside the target, which
-// is then renamed over it: a crash or a full disk leaves either the old
-// file or the new one, never half of one.
+// Files the programs write (HEX exports, captures) go to a temporary file
+// beside the target and are renamed over it, so a crash or a full disk
+// never leaves half a file where a whole one was expected.
 #include <string>
 
 namespace zenta {
 
-// Writes `contents` to `path`. An existing file keeps its permissions; a
-// symbolic link is written through to the file it names. False when
-// anything failed; the target is then as it was.
-bool write_file_atomically(const std::string& path, const std::string& contents);
+// Writes `text` to `path` through a temporary file in the same folder. On
+// failure the target is left as it was, the temporary file is removed and
+// `reason` (when given) says why, as the system puts it.
+bool write_file_atomically(const std::string& path, const std::string& text,
+                           std::string* reason = nullptr);
 
 }  // namespace zenta

@@ -2,7 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
+
+#include "common/atomic_file.h"
 
 namespace zenta {
 
@@ -80,12 +81,9 @@ std::vector<HexWord> eeprom_hex_words(const ProgrammerState& state, int count) {
   return words;
 }
 
-bool write_inhx8m_file(const std::string& path, const std::vector<HexWord>& words) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  if (!out) return false;
-  out << format_inhx8m(words);
-  out.close();
-  return !out.fail();
+bool write_inhx8m_file(const std::string& path, const std::vector<HexWord>& words,
+                       std::string* reason) {
+  return write_file_atomically(path, format_inhx8m(words), reason);
 }
 
 }  // namespace zenta

@@ -33,7 +33,9 @@ std::vector<HexWord> program_hex_words(const ProgrammerState& state, int count);
 // (0xFF) left out.
 std::vector<HexWord> eeprom_hex_words(const ProgrammerState& state, int count);
 
-// Writes format_inhx8m(words) to the file; false when it cannot be written.
-bool write_inhx8m_file(const std::string& path, const std::vector<HexWord>& words);
+// Writes format_inhx8m(words) to the file through a temporary file renamed
+// over it; false, with the reason when asked, when it cannot be written.
+bool write_inhx8m_file(const std::string& path, const std::vector<HexWord>& words,
+                       std::string* reason = nullptr);
 
 }  // namespace zenta

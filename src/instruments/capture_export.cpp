@@ -1,5 +1,7 @@
 #include "instruments/capture_export.h"
 
+#include "common/atomic_file.h"
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>

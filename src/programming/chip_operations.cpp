@@ -11,6 +11,11 @@
 
 namespace zenta {
 
+bool ChipOperations::pause() {
+  report_.let_events_run();
+  return report_.stop_requested();
+}
+
 void ChipOperations::set_supply(bool on) {
   set_target_supply(link_, on);
   report_.supply(on);
@@ -51,7 +56,7 @@ void ChipOperations::WRITE_PROG() {
         link_.SENDCMD(ICSP_END_PROG);
       }
       report_.progress(++row, rows);
-      report_.let_events_run();
+      if (pause()) break;
       link_.SENDCMD(ICSP_INC_ADDR, 1);
     } while (a <= last);
   } else if (mode == "1" || mode == "2") {
@@ -67,11 +72,12 @@ void ChipOperations::WRITE_PROG() {
       }
       link_.SENDCMD(ICSP_INC_ADDR, 1);
       report_.progress(a + 1, end + 1);
-      report_.let_events_run();
+      if (pause()) break;
     }
   }
   leave_programming_mode(link_, LeaveMode::kAfterWrite);
   report_.progress(0, 0);
+  if (report_.stop_requested()) return report_.notes(kStoppedText, kRed);
   report_.notes("Write Complete", kWhite);
 }
 
@@ -105,11 +111,14 @@ VerifyResult ChipOperations::VERIFY_PROG() {
     a += 4;
     link_.SENDCMD(ICSP_INC_ADDR, 1);
     report_.progress(std::min(a, total), total);
-    report_.let_events_run();
-    if (a >= last) break;
+    if (pause() || a >= last) break;
   }
   leave_programming_mode(link_, LeaveMode::kAfterWrite);
   report_.progress(0, 0);
+  if (report_.stop_requested()) {
+    report_.notes(kStoppedText, kRed);
+    return {};
+  }
   report_.notes("Verify Complete", kWhite);
   return {};
 }
@@ -198,12 +207,16 @@ ReadResult ChipOperations::READ_PROG(std::int16_t end_address) {
     if (reached_end) break;
     link_.SENDCMD(ICSP_INC_ADDR, 0);
     report_.progress(std::min(a, total), total);
-    report_.let_events_run();
+    if (pause()) break;
   } while (a <= end_address);
   report_.current_address(a);
   leave_programming_mode(link_, LeaveMode::kAfterRead);
   state_.WaitTicks = 0;
   report_.progress(0, 0);
+  if (report_.stop_requested()) {
+    report_.notes(kStoppedText, kRed);
+    return {a, true};
+  }
   report_.notes("Read Complete", kWhite);
   return {a, false};
 }
@@ -226,9 +239,19 @@ ReadResult ChipOperations::READ_EE() {
     std::copy(link_.RxBuffer.begin(), link_.RxBuffer.begin() + 8, state_.EepromBuffer.begin() + e);
     e += 8;
     link_.SENDCMD(ICSP_INC_ADDR, 0);
+    // The EEPROM read lets no events run, but an interrupted program
+    // still ends it between groups.
+    if (report_.stop_requested()) {
+      stopped = true;
+      break;
+    }
   } while (e < last);
   leave_programming_mode(link_, LeaveMode::kAfterRead);
   state_.WaitTicks = 0;
+  if (report_.stop_requested()) {
+    report_.notes(kStoppedText, kRed);
+    return {e, true};
+  }
   if (stopped) {
     report_.stop_box("EEPROM read stopped at the end of the buffer (address " + hex_text(e) + ")",
                      "READ ERROR");

@@ -40,9 +40,13 @@ struct DeviceIdResult {
 };
 
 struct ReadResult {
-  int next_address = 0;        // the address after the last word or byte stored
-  bool stopped_early = false;  // the EEPROM read reached the end of its buffer
+  int next_address = 0;  // the address after the last word or byte stored
+  // The EEPROM read reached the end of its buffer, or a read was asked to stop.
+  bool stopped_early = false;
 };
+
+// The notes line of an operation that was asked to stop.
+inline constexpr const char* kStoppedText = "Stopped";
 
 class ChipOperations {
  public:
@@ -79,6 +83,9 @@ class ChipOperations {
   void set_led(bool on);
 
  private:
+  // Lets events run between steps; true when the operation must end.
+  bool pause();
+
   Unit& unit_;
   UnitLink& link_;
   ProgrammerState& state_;

@@ -59,11 +59,14 @@ CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_ad
   state.LastAddress = *last_address;
   ops.CHIP_ERASE();
   ops.WRITE_PROG();
-  result.mismatch = ops.VERIFY_PROG().mismatch;
-  result.config = ops.WRITE_CONFIG();
+  // An interrupted write skips the rest but still powers the target down.
+  result.stopped = ops.report().stop_requested();
+  if (!result.stopped) result.mismatch = ops.VERIFY_PROG().mismatch;
+  result.stopped = ops.report().stop_requested();
+  if (!result.stopped) result.config = ops.WRITE_CONFIG();
   ops.set_supply(false);
   ops.set_led(false);
-  ops.report().notes("Write Complete", kLavender);
+  if (!result.stopped) ops.report().notes("Write Complete", kLavender);
   ops.unit().link().SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
   result.failed_exchanges = failures.failed();
   return result;
@@ -82,6 +85,7 @@ CommandResult run_verify(ChipOperations& ops) {
   ops.set_led(true);
   ops.set_supply(true);
   result.mismatch = ops.VERIFY_PROG().mismatch;
+  result.stopped = ops.report().stop_requested();
   ops.set_supply(false);
   ops.set_led(false);
   result.failed_exchanges = failures.failed();
@@ -110,6 +114,7 @@ CommandResult run_read(ChipOperations& ops, std::optional<std::int16_t> end_addr
   ops.set_led(true);
   ops.set_supply(true);
   result.read = ops.READ_PROG(*end_address);
+  result.stopped = ops.report().stop_requested();
   ops.set_supply(false);
   ops.set_led(false);
   ops.state().DataLoaded = 0;
@@ -123,9 +128,88 @@ CommandResult run_read_eeprom(ChipOperations& ops) {
   ops.set_led(true);
   ops.set_supply(true);
   result.read = ops.READ_EE();
+  result.stopped = ops.report().stop_requested();
   ops.set_supply(false);
   ops.set_led(false);
   ops.state().WaitTicks = 0;
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+namespace {
+
+// The identification's walk through configuration space to `steps` past
+// 0x2000, a pause and one word read; programming mode around it.
+int read_config_space_word(UnitLink& link, int steps) {
+  enter_programming_mode(link);
+  link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
+  for (int i = 0; i < steps; ++i) link.SENDCMD(ICSP_INC_ADDR, 0);
+  link.SENDCMD(UNIT_WAIT, 10);
+  link.SENDCMD(ICSP_READ_DATA, 1);
+  const int word = link.RxBuffer[0] * 256 + link.RxBuffer[1];
+  leave_programming_mode(link, LeaveMode::kAfterWrite);
+  return word;
+}
+
+constexpr int kConfigAddress = 0x2007;
+
+}  // namespace
+
+CommandResult run_read_config(ChipOperations& ops) {
+  FailureCount failures(ops);
+  CommandResult result;
+  ops.set_supply(true);
+  result.config_read = read_config_space_word(ops.unit().link(), kConfigAddress - 0x2000);
+  ops.set_supply(false);
+  result.failed_exchanges = failures.failed();
+  return result;
+}
+
+CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<int> config_word) {
+  ProgrammerState& state = ops.state();
+  if (last_word < -1 || last_word >= kProgramBufferWords) {
+    ops.report().stop_box(kAddressRangeText, "VERIFY ERROR");
+    return refused();
+  }
+  FailureCount failures(ops);
+  CommandResult result;
+  UnitLink& link = ops.unit().link();
+  OperationReport& report = ops.report();
+  ops.set_led(true);
+  ops.set_supply(true);
+  report.notes("Verify", kWhite);
+  enter_programming_mode(link);
+  const int total = last_word + 1;
+  for (int a = 0; a < total && !result.mismatch && !result.stopped; a += 4) {
+    if (a != 0) link.SENDCMD(ICSP_INC_ADDR, 1);
+    link.SENDCMD(ICSP_READ_DATA, 4);
+    for (int n = 0; n < 4 && a + n < total; ++n) {
+      const int chip = link.RxBuffer[2 * n] * 256 + link.RxBuffer[2 * n + 1];
+      if (chip != state.word(a + n)) {
+        result.mismatch = VerifyMismatch{a + n, state.word(a + n), chip};
+        break;
+      }
+    }
+    report.progress(std::min(a + 4, total), total);
+    report.let_events_run();
+    result.stopped = report.stop_requested();
+  }
+  leave_programming_mode(link, LeaveMode::kAfterWrite);
+  report.progress(0, 0);
+  if (!result.mismatch && !result.stopped && config_word) {
+    const int chip = read_config_space_word(link, kConfigAddress - 0x2000);
+    if (chip != *config_word) result.mismatch = VerifyMismatch{kConfigAddress, *config_word, chip};
+  }
+  ops.set_supply(false);
+  ops.set_led(false);
+  if (result.mismatch) {
+    report.stop_box("Verify Data ERROR", "VERIFY ERROR");
+    report.notes("Verify Error", kRed);
+  } else if (result.stopped) {
+    report.notes(kStoppedText, kRed);
+  } else {
+    report.notes("Verify Complete", kWhite);
+  }
   result.failed_exchanges = failures.failed();
   return result;
 }

@@ -13,16 +13,19 @@ namespace zenta {
 
 struct CommandResult {
   bool refused = false;  // did not start; the reason has been shown
+  bool stopped = false;  // asked to stop; ended as after a failure
   std::uint64_t failed_exchanges = 0;
   std::optional<VerifyMismatch> mismatch;
   std::optional<ConfigResult> config;
   std::optional<ReadResult> read;
   std::optional<DeviceIdResult> device;
+  std::optional<int> config_read;  // the configuration word a read brought back
 
   // Everything went through: no refusal, no failed exchange, no mismatch,
   // the configuration word read back as written.
   bool ok() const {
-    return !refused && failed_exchanges == 0 && !mismatch && (!config || config->written);
+    return !refused && !stopped && failed_exchanges == 0 && !mismatch &&
+           (!config || config->written);
   }
 };
 
@@ -41,6 +44,16 @@ CommandResult run_read(ChipOperations& ops, std::optional<std::int16_t> end_addr
 CommandResult run_read_eeprom(ChipOperations& ops);
 // The device ID with the target powered around it.
 CommandResult run_identify(ChipOperations& ops);
+
+// The configuration word at 0x2007, read with the identification's packets
+// and the target powered around it, into `config_read`.
+CommandResult run_read_config(ChipOperations& ops);
+// A verify that leaves nothing out: program words 0 through `last_word`
+// (inclusive; -1 for none) against ProgramBuffer, four per read, then, when
+// `config_word` is given, the configuration word read back as
+// run_read_config does. The first difference is `mismatch`; a configuration
+// word that differs has address 0x2007.
+CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<int> config_word);
 
 }  // namespace zenta
 

@@ -14,6 +14,7 @@ constexpr std::array<std::pair<std::uint16_t, const char*>, 23> kIdTable = {{
     {0x0F80, "12F629"},  {0x0FC0, "12F675"},  {0x1040, "16F627A"}, {0x1060, "16F628A"},
     {0x10C0, "16F630"},  {0x10E0, "16F676"},  {0x1100, "16F648A"},
 }};
+
 }  // namespace
 
 std::uint16_t device_id_key(std::uint16_t id) {

@@ -26,6 +26,11 @@ class OperationReport {
   virtual void stop_box(const std::string& text, const std::string& title) = 0;
   // Between the steps of a long loop: repaint and let pending events run.
   virtual void let_events_run() = 0;
+  // Asked between the steps of a long loop, after let_events_run: true when
+  // the user wants the operation ended (the program is being closed or
+  // interrupted). The operation then ends as after a failure: programming
+  // mode left, supply switched off.
+  virtual bool stop_requested() { return false; }
 };
 
 // A report that shows nothing: for callers that only want the result.

@@ -12,13 +12,11 @@ std::string parsed(const std::vector<std::string>& args) {
   const ParseResult result = parse_arguments(args);
   if (!result.ok()) return "error: " + result.error;
   const Options& o = result.options;
-  const char* commands[] = {"none",  "help",   "version", "id",         "erase",
-                            "write", "verify", "read",    "read-eeprom"};
   std::ostringstream s;
-  s << commands[static_cast<int>(o.command)] << " unit=" << o.unit << " device=" << o.device
-    << " trace=" << o.trace_file << " mem=" << o.sim_memory << " hex=" << o.hex_file
-    << " out=" << o.output_file << std::uppercase << std::hex << " config=" << o.config.value_or(0)
-    << " last=" << o.last.value_or(0);
+  s << command_name(o.command) << " unit=" << (o.units.empty() ? "" : o.units.back())
+    << " device=" << o.device << " trace=" << o.trace_file << " mem=" << o.sim_memory
+    << " hex=" << o.hex_file << " out=" << o.output_file << std::uppercase << std::hex
+    << " config=" << o.config.value_or(0) << " last=" << o.last.value_or(0);
   return s.str();
 }
 
@@ -36,6 +34,20 @@ TEST(CliArgsTest, CommandLinesParseOrSayWhy) {
        "read unit= device= trace= mem= hex= out=back.hex config=0 last=10"},
       // Help wins over whatever is wrong with the rest.
       {{"--help", "--bogus"}, "help unit= device= trace= mem= hex= out= config=0 last=0"},
+      {{"--version", "flash"}, " unit= device= trace= mem= hex= out= config=0 last=0"},
+      // --unit once per unit; the last shown here.
+      {{"--unit", "sim", "--unit=sim:16F628A", "units"},
+       "error: 'units' lists every unit; it takes no --unit"},
+      {{"count"}, "error: 'count' needs clear, start, stop or read"},
+      {{"count", "reset"}, "error: 'count' takes clear, start, stop or read, not 'reset'"},
+      {{"capture", "--period", "101"}, "error: --period takes a sample period of 0 to 100"},
+      {{"capture", "-o", "x.txt"}, "error: capture -o writes FILE.vcd or FILE.csv"},
+      {{"volts", "--channel", "vcc"}, "error: --channel takes vpp, sab or vin"},
+      {{"volts", "--att", "-1"}, "error: --att takes a positive number"},
+      {{"freq", "--gate", "10ms"}, "error: --gate takes 100ms or 1s"},
+      {{"freq", "--period", "2"}, "error: option '--period' does not go with 'freq'"},
+      {{"-q", "-v", "id"}, "error: -q and -v do not go together"},
+      {{"--exact=1", "id"}, "error: option '--exact' takes no value"},
       {{}, "error: no command given"},
       {{"flash"}, "error: unknown command 'flash'"},
       {{"write"}, "error: 'write' needs a HEX file"},
@@ -51,6 +63,29 @@ TEST(CliArgsTest, CommandLinesParseOrSayWhy) {
   for (const auto& c : cases) {
     EXPECT_EQ(parsed(c.args).substr(0, c.expected.size()), c.expected);
   }
+}
+
+// The options that are not in the one-line summary above.
+TEST(CliArgsTest, FlagsAndInstrumentOptionsReachTheOptions) {
+  const ParseResult a = parse_arguments({"--exact", "-q", "--unit", "sim", "capture", "--edge",
+                                         "neg", "--period=0", "--json", "--unit", "sim"});
+  ASSERT_TRUE(a.ok()) << a.error;
+  EXPECT_TRUE(a.options.exact);
+  EXPECT_TRUE(a.options.json);
+  EXPECT_EQ(a.options.verbosity, Verbosity::kQuiet);
+  EXPECT_EQ(a.options.units, (std::vector<std::string>{"sim", "sim"}));
+  EXPECT_FALSE(a.options.positive_edge);
+  EXPECT_EQ(a.options.period, 0);
+  const ParseResult b = parse_arguments({"volts", "--channel", "sab", "--att", "2.5", "-v"});
+  ASSERT_TRUE(b.ok()) << b.error;
+  EXPECT_FALSE(b.options.exact);
+  EXPECT_EQ(b.options.verbosity, Verbosity::kVerbose);
+  EXPECT_EQ(b.options.channel, 1);
+  EXPECT_EQ(b.options.att, 2.5f);
+  const ParseResult c = parse_arguments({"freq", "--gate", "1s"});
+  EXPECT_TRUE(c.ok() && c.options.slow_gate);
+  const ParseResult d = parse_arguments({"count", "stop"});
+  EXPECT_EQ(d.options.counter_action, "stop");
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #pragma once
 // The command line of the zenta program:
-//   zenta [--unit UNIT] [--device NAME|INDEX] [--trace FILE] [--sim-memory FILE]
-//         COMMAND [ARGS]
+//   zenta [--unit UNIT]... [--device NAME|INDEX|CHIP|auto] [--trace FILE]
+//         [--sim-memory FILE] [--exact] [--json] [-q|-v] COMMAND [ARGS]
 // Scripts rely on it; new options may be added, none changed.
 #include <cstdint>
 #include <optional>
@@ -10,11 +10,34 @@
 
 namespace zenta::cli {
 
-enum class Command { kNone, kHelp, kVersion, kId, kErase, kWrite, kVerify, kRead, kReadEeprom };
+enum class Command {
+  kNone,
+  kHelp,
+  kProgramVersion,  // --version: the program's own version, no unit needed
+  kVersion,         // the unit's firmware identification
+  kId,
+  kErase,
+  kWrite,
+  kVerify,
+  kRead,
+  kReadEeprom,
+  kUnits,
+  kCapture,
+  kVolts,
+  kFreq,
+  kCount,
+};
+
+// The command's name as typed ("read-eeprom"); "" for help and --version.
+const char* command_name(Command command);
+
+enum class Verbosity { kQuiet, kNormal, kVerbose };
 
 struct Options {
   Command command = Command::kNone;
-  std::string unit;                     // --unit; empty: ZENTA_UNIT, then "usb"
+  // --unit, once per unit; several run the command on each in parallel.
+  // Empty: ZENTA_UNIT, then "usb".
+  std::vector<std::string> units;
   std::string device;                   // --device as given; empty: the default entry
   std::string trace_file;               // --trace
   std::string sim_memory;               // --sim-memory
@@ -22,6 +45,16 @@ struct Options {
   std::string output_file;              // -o of read and read-eeprom
   std::optional<std::uint16_t> config;  // write --config, a 14-bit word
   std::optional<std::uint16_t> last;    // --last of write, verify, read
+  bool exact = false;                   // --exact: the documented sequences, no checks
+  bool json = false;                    // --json: one JSON object per command
+  Verbosity verbosity = Verbosity::kNormal;
+  // Instruments.
+  int period = 1;              // capture --period, 0 to 100 (x 0.1 ms)
+  bool positive_edge = true;   // capture --edge pos|neg
+  int channel = 2;             // volts --channel: 0 vpp, 1 sab, 2 vin
+  std::optional<float> att;    // volts --att; without it the panel's default
+  bool slow_gate = false;      // freq --gate 1s (else 100ms)
+  std::string counter_action;  // count clear|start|stop|read
 };
 
 struct ParseResult {

@@ -1,19 +1,24 @@
 #include "cli/cli.h"
 
-#include <cstdio>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
+#include <thread>
 
 #include "cli/commands.h"
 #include "cli/console.h"
+#include "cli/interrupt.h"
+#include "cli/record.h"
 #include "image/programmer_state.h"
 #include "link/sim/sim_unit.h"
 #include "link/trace_driver.h"
 #include "link/unit.h"
 #include "platform/driver_factory.h"
+#include "platform/usb_units.h"
 
 #ifdef _WIN32
 #include <io.h>
@@ -34,7 +39,236 @@ int usage_error(std::ostream& err, const std::string& message) {
 
 // Only the front end, which made the driver, knows that it is simulated.
 sim::SimUnit* simulated_unit(const DriverChoice& choice) {
+  if (choice.sim_unit != nullptr) return choice.sim_unit;
   return choice.simulated ? dynamic_cast<sim::SimUnit*>(choice.driver.get()) : nullptr;
+}
+
+// Commands whose outcome line is their answer, printed even with -q.
+bool answers(const Options& options) {
+  const Command command = options.command;
+  return command == Command::kVersion || command == Command::kId || command == Command::kVolts ||
+         command == Command::kFreq ||
+         (command == Command::kCount && options.counter_action == "read");
+}
+
+std::string default_unit() {
+  const std::string unit = unit_spec_from_environment();
+  return unit.empty() ? "usb" : unit;
+}
+
+// The record's outcome as the user sees it: the JSON object, or the outcome
+// line on success and the reason on failure, never both.
+void print_outcome(const Options& options, const RunRecord& record, std::ostream& out,
+                   std::ostream& err) {
+  if (options.json) {
+    out << json_text(record) << '\n';
+  } else if (!record.ok()) {
+    err << "zenta: " << record.message << '\n';
+  } else if (!record.message.empty() &&
+             (options.verbosity != Verbosity::kQuiet || answers(options))) {
+    out << record.message << '\n';
+  }
+  if (options.verbosity == Verbosity::kVerbose) {
+    err << "zenta: " << record.exchanges << " exchanges in " << record.seconds << " s\n";
+  }
+  out.flush();
+}
+
+// The unit's name in a file name: "sim:16F628A#2" gives "sim-16F628A-2".
+std::string file_part(const std::string& name) {
+  std::string part;
+  for (const char c : name) {
+    const bool plain = std::isalnum(static_cast<unsigned char>(c)) || c == '-' || c == '_';
+    part += plain ? c : '-';
+  }
+  return part;
+}
+
+// "x.hex" for the unit "sim:16F628A" gives "x.sim-16F628A.hex".
+std::string file_for_unit(const std::string& path, const std::string& name) {
+  if (path.empty()) return path;
+  const std::filesystem::path file(path);
+  std::filesystem::path result = file.parent_path() / file.stem();
+  result += "." + file_part(name) + file.extension().string();
+  return result.string();
+}
+
+// Each --unit's name in the result lines; a unit given twice gets #2, #3.
+std::vector<std::string> unit_names(const std::vector<std::string>& units) {
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    int same = 1;
+    for (std::size_t j = 0; j < i; ++j) same += units[j] == units[i] ? 1 : 0;
+    names.push_back(same == 1 ? units[i] : units[i] + "#" + std::to_string(same));
+  }
+  return names;
+}
+
+void prefix_lines(std::ostream& to, const std::string& text, const std::string& prefix) {
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) to << prefix << line << '\n';
+}
+
+int run_program_version(std::ostream& out) {
+  out << "zenta " << ZENTA_VERSION_MAJOR << '.' << ZENTA_VERSION_MINOR << '\n';
+  return kExitOk;
+}
+
+int list_plugged_units(const Options& options, std::ostream& out, std::ostream& err) {
+  std::vector<PluggedUnit> units;
+#ifdef ZENTA_HAVE_LIBUSB
+  std::string error;
+  const auto id = usb_id_from_environment(error);
+  if (!id) return usage_error(err, error);
+  units = list_units(*id);
+#endif
+  std::string json = "{\"command\":\"units\",\"units\":[";
+  for (const PluggedUnit& plugged : units) {
+    const std::string name = "usb:" + plugged.serial;
+    std::string firmware;
+    // The driver opens the first unit of the id, so it can ask the only one.
+    DriverChoice choice = units.size() == 1 ? make_driver("usb") : DriverChoice{};
+    if (choice.driver) {
+      Console console(err, false);
+      Unit unit(*choice.driver, console);
+      if (unit.open() == kDriverOk && unit.read_firmware_version())
+        firmware = unit.FirmwareVersion();
+      unit.close();
+    }
+    if (json.back() != '[') json += ",";
+    json += "{\"unit\":" + json_string(name) + ",\"firmware\":" + json_string(firmware) +
+            ",\"bus\":" + std::to_string(plugged.bus) +
+            ",\"address\":" + std::to_string(plugged.address) + "}";
+    if (!options.json) {
+      out << name << "  firmware " << (firmware.empty() ? "?" : firmware) << "  (bus "
+          << plugged.bus << ", address " << plugged.address << ")\n";
+    }
+  }
+  if (options.json) out << json << "]}\n";
+  if (units.empty()) {
+    err << "zenta: no unit is plugged in on USB\n";
+    return kExitNoUnit;
+  }
+  return kExitOk;
+}
+
+// One unit: open it, run the command, close it, report.
+int run_unit(const Options& options, DriverChoice& choice, const std::string& name,
+             std::ostream& out, std::ostream& err, bool err_terminal) {
+  // A bad device is bad usage, found before the unit is touched.
+  const std::optional<int> device = device_index(options.device);
+  if (!device) {
+    return usage_error(err,
+                       "unknown device '" + options.device + "' (use " + device_choices() + ")");
+  }
+  sim::SimUnit* sim = simulated_unit(choice);
+  RunRecord record;
+  record.command = command_name(options.command);
+  record.unit = name;
+  const auto fail_early = [&](const std::string& why, int status) {
+    record.fail(why, status == kExitNoUnit ? "no-unit" : "refused");
+    record.status = status;
+    print_outcome(options, record, out, err);
+    return status;
+  };
+  if (!options.sim_memory.empty()) {
+    if (sim == nullptr) {
+      return usage_error(err, "--sim-memory goes only with a simulated unit (--unit sim...)");
+    }
+    std::error_code ignored;
+    if (std::filesystem::exists(options.sim_memory, ignored) && !sim->load(options.sim_memory)) {
+      return fail_early("cannot load the simulated chip from '" + options.sim_memory +
+                            "': not a memory file, or one of another chip",
+                        kExitFailed);
+    }
+  }
+
+  std::ofstream trace_file;
+  std::unique_ptr<TraceDriver> trace;
+  if (!options.trace_file.empty()) {
+    trace_file.open(options.trace_file, std::ios::trunc);
+    if (!trace_file) {
+      return fail_early("cannot write the trace file '" + options.trace_file + "'", kExitFailed);
+    }
+    trace = std::make_unique<TraceDriver>(*choice.driver, trace_file);
+  }
+  UnitDriver& driver = trace ? static_cast<UnitDriver&>(*trace) : *choice.driver;
+
+  const bool verbose = options.verbosity == Verbosity::kVerbose;
+  const bool bar = err_terminal && options.verbosity == Verbosity::kNormal;
+  Console console(err, bar, verbose);
+  auto state = std::make_unique<ProgrammerState>();
+  Unit unit(driver, console);
+
+  // The panel's start-up opens the unit the same way; the rest of it
+  // (supply on, LED off, stored device) is the panel's idle state, not a
+  // command's. The panel's stored settings are never touched.
+  if (unit.open() != kDriverOk) {
+    return fail_early("Unit not Found (" + unit.link().USBMSG() +
+                          ")\nPlug the unit in and check that you may use it (permissions, udev "
+                          "rules),\nor use --unit sim for the simulated unit.",
+                      kExitNoUnit);
+  }
+  // With --json the data go into the record only.
+  std::ostringstream sink;
+  Session session{unit, *state, console, options, options.json ? sink : out, err, *device, record};
+  const auto start = std::chrono::steady_clock::now();
+  record.status = run_command(session);
+  record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  console.finish();
+  unit.close();
+  record.exchanges = unit.link().exchanges();
+  // Exchanges that failed outside the commands' own counts still fail the run.
+  if (const auto failures = unit.link().failures(); failures != 0 && record.ok()) {
+    record.fail(std::to_string(failures) + " exchange" + (failures == 1 ? "" : "s") +
+                " with the unit failed");
+  }
+  if (sim != nullptr && !options.sim_memory.empty() && !sim->save(options.sim_memory) &&
+      record.ok()) {
+    record.fail("cannot save the simulated chip to '" + options.sim_memory + "'");
+  }
+  if (!record.ok() && record.status == kExitOk) record.status = kExitFailed;
+  print_outcome(options, record, out, err);
+  return record.status;
+}
+
+// Several units: one thread each, with its own unit, state and files; the
+// lines of each come out together, prefixed with the unit's name.
+int run_several(const Options& options, std::ostream& out, std::ostream& err) {
+  const std::vector<std::string> names = unit_names(options.units);
+  std::vector<DriverChoice> choices;
+  for (const std::string& unit : options.units) {
+    choices.push_back(make_driver(unit));
+    if (!choices.back().driver) return usage_error(err, choices.back().error);
+  }
+  struct Run {
+    Options options;
+    std::ostringstream out, err;
+    int status = kExitFailed;
+  };
+  std::vector<Run> runs(names.size());
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    Run& run = runs[i];
+    run.options = options;
+    run.options.trace_file = file_for_unit(options.trace_file, names[i]);
+    run.options.sim_memory = file_for_unit(options.sim_memory, names[i]);
+    run.options.output_file = file_for_unit(options.output_file, names[i]);
+    threads.emplace_back([&run, &choice = choices[i], &name = names[i]] {
+      run.status = run_unit(run.options, choice, name, run.out, run.err, false);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  int status = kExitOk;
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const std::string prefix = names[i] + ": ";
+    prefix_lines(err, runs[i].err.str(), prefix);
+    // A JSON object names its unit itself.
+    prefix_lines(out, runs[i].out.str(), options.json ? "" : prefix);
+    if (runs[i].status == kExitUsage) return kExitUsage;
+    if (runs[i].status != kExitOk) status = kExitFailed;
+  }
+  return status;
 }
 
 }  // namespace
@@ -44,76 +278,26 @@ int run(const Options& options, std::ostream& out, std::ostream& err, bool err_t
     out << usage_text();
     return kExitOk;
   }
-  std::string unit = options.unit.empty() ? unit_spec_from_environment() : options.unit;
-  if (unit.empty()) unit = "usb";
+  if (options.command == Command::kProgramVersion) return run_program_version(out);
+  if (options.command == Command::kUnits) return list_plugged_units(options, out, err);
+  if (options.units.size() > 1) return run_several(options, out, err);
+  const std::string unit = options.units.empty() ? default_unit() : options.units[0];
   DriverChoice choice = make_driver(unit);
   if (!choice.driver) return usage_error(err, choice.error);
-  return run_with_driver(options, choice, out, err, err_terminal);
+  return run_unit(options, choice, unit, out, err, err_terminal);
 }
 
 int run_with_driver(const Options& options, DriverChoice& choice, std::ostream& out,
                     std::ostream& err, bool err_terminal) {
-  // A bad device is bad usage, found before the unit is touched.
-  const std::optional<int> device = device_index(options.device);
-  if (!device) return usage_error(err, "unknown device '" + options.device + "'");
-  sim::SimUnit* sim = simulated_unit(choice);
-  if (!options.sim_memory.empty()) {
-    if (sim == nullptr) {
-      return usage_error(err, "--sim-memory goes only with a simulated unit (--unit sim...)");
-    }
-    std::error_code ignored;
-    if (std::filesystem::exists(options.sim_memory, ignored) && !sim->load(options.sim_memory)) {
-      err << "zenta: cannot load the simulated chip from '" << options.sim_memory
-          << "' (not a memory file, or one of another chip)\n";
-      return kExitFailed;
-    }
-  }
-
-  std::ofstream trace_file;
-  std::unique_ptr<TraceDriver> trace;
-  if (!options.trace_file.empty()) {
-    trace_file.open(options.trace_file, std::ios::trunc);
-    if (!trace_file) {
-      err << "zenta: cannot write the trace file '" << options.trace_file << "'\n";
-      return kExitFailed;
-    }
-    trace = std::make_unique<TraceDriver>(*choice.driver, trace_file);
-  }
-  UnitDriver& driver = trace ? static_cast<UnitDriver&>(*trace) : *choice.driver;
-
-  Console console(err, err_terminal);
-  auto state = std::make_unique<ProgrammerState>();
-  Unit unit(driver, console);
-
-  // The panel's start-up opens the unit the same way; the rest of it
-  // (supply on, LED off, stored device) is the panel's idle state, not a
-  // command's. The panel's stored settings are never touched.
-  if (unit.open() != kDriverOk) {
-    err << "zenta: Unit not Found (" << unit.link().USBMSG() << ")\n"
-        << "Plug the unit in and check that you may use it (permissions, udev rules),\n"
-        << "or use --unit sim for the simulated unit.\n";
-    return kExitNoUnit;
-  }
-  Session session{unit, *state, console, options, out, err, *device};
-  int status = run_command(session);
-  console.finish();
-  unit.close();
-  if (const auto failures = unit.link().failures(); failures != 0) {
-    err << "zenta: " << failures << " exchange" << (failures == 1 ? "" : "s")
-        << " with the unit failed\n";
-    if (status == kExitOk) status = kExitFailed;
-  }
-  if (sim != nullptr && !options.sim_memory.empty() && !sim->save(options.sim_memory)) {
-    err << "zenta: cannot save the simulated chip to '" << options.sim_memory << "'\n";
-    if (status == kExitOk) status = kExitFailed;
-  }
-  return status;
+  const std::string name = options.units.empty() ? std::string("unit") : options.units[0];
+  return run_unit(options, choice, name, out, err, err_terminal);
 }
 
 int main(int argc, char** argv) {
   const std::vector<std::string> args(argv + (argc > 0 ? 1 : 0), argv + argc);
   const ParseResult parsed = parse_arguments(args);
   if (!parsed.ok()) return usage_error(std::cerr, parsed.error);
+  install_interrupt_handlers();
   return run(parsed.options, std::cout, std::cerr, ZENTA_ISATTY(2) != 0);
 }
 

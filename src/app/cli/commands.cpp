@@ -1,37 +1,67 @@
 #include "cli/commands.h"
 
+#include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 
 #include "cli/output.h"
 #include "common/number_text.h"
 #include "image/hex_loader.h"
 #include "image/hex_writer.h"
+#include "programming/chips.h"
 #include "programming/commands.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
+#include "programming/safe_programming.h"
 
 namespace zenta::cli {
 
 namespace {
 
-std::string four_digits(int value) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%04X", value & 0xFFFF);
-  return text;
+constexpr int k16F84Entry = 2;
+constexpr int kConfigAddress = 0x2007;
+
+bool quiet(const Session& s) {
+  return s.options.verbosity == Verbosity::kQuiet;
 }
 
-// The outcome line: what the panel's notes line would show.
-void print_notes(Session& s) {
+// Turns a command's result into the record: the outcome line when
+// everything went through, else the first thing that went wrong. Returns
+// the exit status.
+int conclude(Session& s, const CommandResult& result) {
   s.console.finish();
-  s.out << s.console.notes_text() << '\n';
-  s.out.flush();
-}
-
-int exit_status(const CommandResult& result) {
-  return result.refused || result.mismatch || (result.config && !result.config->written)
-             ? kExitFailed
-             : kExitOk;
+  RunRecord& record = s.record;
+  if (result.mismatch) {
+    record.mismatch =
+        Mismatch{result.mismatch->address, result.mismatch->expected, result.mismatch->read};
+  }
+  if (result.stopped) {
+    record.fail("interrupted; the unit left programming mode and switched the target off",
+                "interrupted");
+  } else if (result.refused) {
+    record.fail("refused: " + s.console.last_box(), "refused");
+  } else if (result.failed_exchanges != 0) {
+    record.fail(std::to_string(result.failed_exchanges) + " exchange" +
+                (result.failed_exchanges == 1 ? "" : "s") + " with the unit failed");
+  } else if (result.mismatch) {
+    const Mismatch& m = *record.mismatch;
+    record.fail("verify failed at " + four_digits(m.address) + ": file " + four_digits(m.file) +
+                ", chip " + four_digits(m.chip));
+  } else if (result.config && !result.config->written) {
+    const int sent = s.state.ConfigHigh * 256 + s.state.ConfigLow;
+    record.fail(result.config->in_range
+                    ? "the configuration word read back " + four_digits(result.config->read_back) +
+                          ", not " + four_digits(sent)
+                    : "the configuration word " + four_digits(sent) + " has no packet");
+  } else {
+    record.message = s.console.notes_text();
+    return kExitOk;
+  }
+  return kExitFailed;
 }
 
 // What the panel's LAST box holds after the number was put in: a value
@@ -40,15 +70,34 @@ std::int16_t last_box(const ProgrammerState& state, int value) {
   return static_cast<std::int16_t>(value > state.ProgramSize ? state.ProgramSize : value);
 }
 
-// Loads FILE.hex with the panel's loader; false when it cannot be read.
+// Why a file that the loader could not read is unreadable.
+std::string unreadable_reason(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::exists(path, error)) return "no such file";
+  if (std::filesystem::is_directory(path, error)) return "it is a folder";
+  errno = 0;
+  std::ifstream file(path);
+  if (!file) return errno != 0 ? std::strerror(errno) : "cannot be opened";
+  return "a read error";
+}
+
+// Loads FILE.hex with the panel's loader. A file that cannot be read, or
+// holds no HEX record at all (a source file, a wrong name), is refused
+// before the unit is touched: writing it would erase the chip for nothing.
 bool load_image(Session& s) {
-  s.state.HexFileName = s.options.hex_file;
-  if (load_hex_file(s.options.hex_file, s.state).ok) {
+  const std::string& path = s.options.hex_file;
+  s.state.HexFileName = path;
+  const HexLoadReport report = load_hex_file(path, s.state);
+  std::string reason;
+  if (!report.ok) {
+    reason = unreadable_reason(path);
+  } else if (report.first_address < 0) {
+    reason = "no Intel HEX records in it";
+  } else {
     s.state.DataLoaded = 1;
     return true;
   }
-  s.console.stop_box("Can't Open or Read the FILE", "FILE ERROR");
-  s.console.finish();
+  s.record.fail("cannot use '" + path + "': " + reason, "refused");
   return false;
 }
 
@@ -59,9 +108,9 @@ std::int16_t image_last_address(const Session& s) {
 }
 
 bool save_hex(Session& s, const std::vector<HexWord>& words) {
-  if (write_inhx8m_file(s.options.output_file, words)) return true;
-  s.console.finish();
-  s.err << "zenta: cannot write '" << s.options.output_file << "'\n";
+  std::string reason;
+  if (write_inhx8m_file(s.options.output_file, words, &reason)) return true;
+  s.record.fail("cannot write '" + s.options.output_file + "': " + reason, "refused");
   return false;
 }
 
@@ -70,19 +119,76 @@ int version(Session& s) {
   std::string ident = s.unit.FirmwareVersion();
   s.console.finish();
   if (!ok || ident.size() < 8) {
-    s.err << "zenta: the unit did not report its firmware identification\n";
+    s.record.fail("the unit did not report its firmware identification");
     return kExitFailed;
   }
   for (char& c : ident) {
     if (!std::isprint(static_cast<unsigned char>(c))) c = '.';
   }
-  s.out << "Firmware version " << ident[6] << '.' << ident[7] << " (" << ident << ")\n";
+  s.record.values.emplace_back("firmware", ident);
+  s.record.message =
+      std::string("Firmware version ") + ident[6] + '.' + ident[7] + " (" + ident + ")";
   return kExitOk;
+}
+
+// The device entry for the session; with auto, from the chip's ID (the
+// target powered around the read). `identified` keeps that read for `id`.
+int choose_device(Session& s, ChipOperations& ops, std::optional<CommandResult>& identified) {
+  if (s.device == kAutoDevice) {
+    identified = run_identify(ops);
+    if (const int status = conclude(s, *identified); status != kExitOk) return status;
+    const auto id = static_cast<std::uint16_t>(identified->device->id);
+    const auto chip = chip_by_id(id);
+    if (!chip) {
+      s.record.fail(no_chip_answer(id)
+                        ? "no chip answered (ID word " + four_digits(id) +
+                              "); a 16F84 has no ID word: give --device 16F84"
+                        : "no device entry programs the chip with ID word " + four_digits(id));
+      return kExitFailed;
+    }
+    s.device = chip->entry;
+    s.record.chip = chip->name;
+  }
+  select_device_parameters(s.state, s.device);
+  s.record.device = device_record(s.device).caption;
+  return kExitOk;
+}
+
+int identify(Session& s, ChipOperations& ops, std::optional<CommandResult> identified) {
+  if (!identified) {
+    identified = run_identify(ops);
+    if (const int status = conclude(s, *identified); status != kExitOk) return status;
+  }
+  const auto id = static_cast<std::uint16_t>(identified->device->id);
+  // Only the 16F84's entry takes the blank answer for a chip: that chip has
+  // no ID word.
+  if (no_chip_answer(id) && !(s.device == k16F84Entry && id == 0x3FFF)) {
+    s.record.fail("no chip answered (ID word " + four_digits(id) + ")");
+    return kExitFailed;
+  }
+  const auto chip = chip_by_id(id);
+  s.record.chip = chip ? chip->name : (no_chip_answer(id) ? "16F84" : "");
+  s.record.message = s.console.notes_text();
+  return kExitOk;
+}
+
+// Findings of the safe-programming checks, on standard error.
+void tell_findings(Session& s, const std::vector<std::string>& findings) {
+  for (const std::string& finding : findings) {
+    s.record.values.emplace_back("finding", finding);
+    if (!quiet(s)) s.err << "zenta: " << finding << '\n';
+  }
+}
+
+void set_config_word(ProgrammerState& state, int word) {
+  state.ConfigWord = static_cast<std::int16_t>(word);
+  state.ConfigHigh = static_cast<std::int16_t>(word >> 8);
+  state.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
 }
 
 int write(Session& s, ChipOperations& ops) {
   if (!load_image(s)) return kExitFailed;
-  const int image_config = s.state.word(0x2007);
+  const int image_config = s.state.word(kConfigAddress);
   int word = s.state.ConfigWord;
   std::string source = "the device's default";
   if (s.options.config) {
@@ -93,82 +199,135 @@ int write(Session& s, ChipOperations& ops) {
     source = "from the file";
   }
   // As the configuration box reads a typed word.
-  word = config_word_from_text(four_digits(word));
-  s.state.ConfigWord = static_cast<std::int16_t>(word);
-  s.state.ConfigHigh = static_cast<std::int16_t>(word >> 8);
-  s.state.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
+  set_config_word(s.state, config_word_from_text(four_digits(word)));
+  std::int16_t last = image_last_address(s);
+  if (!s.options.exact) {
+    // The chip must be the entry's, keep its calibration, and get just the
+    // image's words, before anything is erased.
+    const Preflight preflight = preflight_write(ops, s.device);
+    tell_findings(s, preflight.findings);
+    if (preflight.refused) {
+      s.console.finish();
+      s.record.fail("refused: " + preflight.refusal, "refused");
+      return kExitFailed;
+    }
+    last = s.options.last
+               ? static_cast<std::int16_t>(std::min<int>(*s.options.last, preflight.program_words))
+               : preflight.last_address;
+    ops.step_over_blank_words = true;
+    s.state.EraseMode = safe_erase_mode(s.device, s.state.EraseMode);
+  }
   s.console.finish();
-  s.out << "Configuration word " << four_digits(word) << " (" << source << ")\n";
-  const CommandResult result = run_write(ops, image_last_address(s));
-  print_notes(s);
-  return exit_status(result);
+  if (!quiet(s)) {
+    s.out << "Configuration word " << four_digits(s.state.ConfigWord) << " (" << source << ")\n";
+  }
+  return conclude(s, run_write(ops, last));
 }
 
 int verify(Session& s, ChipOperations& ops) {
   if (!load_image(s)) return kExitFailed;
-  // The verify button compares up to LastAddress as it stands, which the
-  // loader leaves past any configuration record. The command compares the
-  // range the WRITE button's own verify covers: the LAST box as the write
-  // takes it.
-  s.state.LastAddress = image_last_address(s);
-  const CommandResult result = run_verify(ops);
-  print_notes(s);
-  return exit_status(result);
+  if (s.options.exact) {
+    // The VERIFY button's own range: up to, not including, the LAST box as
+    // the write takes it.
+    s.state.LastAddress = image_last_address(s);
+    return conclude(s, run_verify(ops));
+  }
+  // Every word of the file through its last program word (or through
+  // --last), then the file's configuration word when it holds one.
+  const int last = s.options.last ? std::min<int>(*s.options.last, s.state.ProgramSize - 1)
+                                  : last_image_word(s.state, s.state.ProgramSize);
+  const int image_config = s.state.word(kConfigAddress);
+  const std::optional<int> config =
+      image_config != kBlankWord ? std::optional<int>(image_config) : std::nullopt;
+  return conclude(s, run_verify_all(ops, last, config));
 }
 
-// What a read brought back goes to the -o file as INHX8M, or to standard
-// output as a table; then the outcome line.
-int put_read(Session& s, const std::vector<HexWord>& words, const std::string& table) {
-  if (!s.options.output_file.empty()) {
-    if (!save_hex(s, words)) return kExitFailed;
-  } else {
-    s.console.finish();
-    s.out << table;
+// Program memory through the device's size (or --last); with -o also the
+// configuration word and the EEPROM, so the file writes the same chip
+// again. The file is written only when every read went through.
+int read_program(Session& s, ChipOperations& ops) {
+  const int end = s.options.last ? *s.options.last : s.state.ProgramSize;
+  const CommandResult program = run_read(ops, last_box(s.state, end));
+  if (const int status = conclude(s, program); status != kExitOk) return status;
+  const int count = program.read->next_address;
+  if (s.options.output_file.empty()) {
+    s.out << program_table(s.state, count);
+    return kExitOk;
   }
-  print_notes(s);
+  const std::string outcome = s.record.message;
+  const CommandResult config = run_read_config(ops);
+  if (const int status = conclude(s, config); status != kExitOk) return status;
+  const CommandResult eeprom = run_read_eeprom(ops);
+  if (const int status = conclude(s, eeprom); status != kExitOk) return status;
+  std::vector<HexWord> words = program_hex_words(s.state, count);
+  words.push_back({kConfigAddress, static_cast<std::uint16_t>(*config.config_read)});
+  for (const HexWord& word : eeprom_hex_words(s.state, s.state.EepromLastAddress + 1)) {
+    words.push_back(word);
+  }
+  if (!save_hex(s, words)) return kExitFailed;
+  s.record.message = outcome;
   return kExitOk;
 }
 
-int read_program(Session& s, ChipOperations& ops) {
-  // The read stops before the word at the LAST box's address; without
-  // --last it reads the device entry's whole program memory.
-  const int end = s.options.last ? *s.options.last : s.state.ProgramSize;
-  const CommandResult result = run_read(ops, last_box(s.state, end));
-  if (result.refused) {
-    print_notes(s);
-    return kExitFailed;
-  }
-  const int count = result.read->next_address;
-  return put_read(s, program_hex_words(s.state, count), program_table(s.state, count));
-}
-
 int read_eeprom(Session& s, ChipOperations& ops) {
-  run_read_eeprom(ops);
+  if (const int status = conclude(s, run_read_eeprom(ops)); status != kExitOk) return status;
   const int count = s.state.EepromLastAddress + 1;
-  return put_read(s, eeprom_hex_words(s.state, count), eeprom_table(s.state, count));
+  if (s.options.output_file.empty()) {
+    s.out << eeprom_table(s.state, count);
+    return kExitOk;
+  }
+  return save_hex(s, eeprom_hex_words(s.state, count)) ? kExitOk : kExitFailed;
 }
 
 }  // namespace
 
+std::string four_digits(int value) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%04X", static_cast<unsigned>(value) & 0xFFFFu);
+  return text;
+}
+
 std::optional<int> device_index(const std::string& text) {
   if (text.empty()) return 1;
-  return find_device(text);
+  if (text == "auto") return kAutoDevice;
+  if (const auto entry = find_device(text)) return entry;
+  if (const auto chip = chip_by_name(text)) return chip->entry;
+  return std::nullopt;
+}
+
+std::string device_choices() {
+  std::string entries;
+  std::string chips;
+  for (const DeviceRecord& record : DeviceCatalogue()) {
+    entries += std::string(entries.empty() ? "" : ", ") + record.caption;
+    chips += (chips.empty() ? "" : ", ") + entry_chip_names(record.index);
+  }
+  return "auto, an entry (" + entries + ", or its index 0 to 7) or a chip (" + chips + ")";
 }
 
 int run_command(Session& s) {
+  switch (s.options.command) {
+    case Command::kCapture:
+    case Command::kVolts:
+    case Command::kFreq:
+    case Command::kCount:
+      return run_instrument(s);
+    default:
+      break;
+  }
   Unit::Operation operation(s.unit);
   if (s.options.command == Command::kVersion) return version(s);
-  select_device_parameters(s.state, s.device);
   ChipOperations ops(s.unit, s.state, s.console);
+  std::optional<CommandResult> identified;
+  if (const int status = choose_device(s, ops, identified); status != kExitOk) return status;
+  // Each command calls its button sequence once; the safe-programming
+  // pre-flight (skipped with --exact) goes just before that call.
   switch (s.options.command) {
     case Command::kId:
-      run_identify(ops);
-      print_notes(s);
-      return kExitOk;
+      return identify(s, ops, identified);
     case Command::kErase:
-      run_erase(ops);
-      print_notes(s);
-      return kExitOk;
+      if (!s.options.exact) s.state.EraseMode = safe_erase_mode(s.device, s.state.EraseMode);
+      return conclude(s, run_erase(ops));
     case Command::kWrite:
       return write(s, ops);
     case Command::kVerify:

@@ -3,32 +3,48 @@
 // programming core the panel's buttons run.
 #include <optional>
 #include <ostream>
+#include <string>
 
 #include "cli/args.h"
 #include "cli/cli.h"
 #include "cli/console.h"
+#include "cli/record.h"
 #include "image/programmer_state.h"
 #include "link/unit.h"
 
 namespace zenta::cli {
+
+// --device auto: the entry is chosen from the chip's ID.
+inline constexpr int kAutoDevice = -1;
 
 struct Session {
   Unit& unit;
   ProgrammerState& state;
   Console& console;
   const Options& options;
-  std::ostream& out;
+  std::ostream& out;  // data: tables, readings (a sink with --json)
   std::ostream& err;
-  int device;  // index of the device entry, 0 to 7
+  int device;  // index of the device entry, 0 to 7, or kAutoDevice
+  RunRecord& record;
 };
 
-// The device entry of --device: a catalogue caption (either case) or an
-// index 0 to 7; the default entry 1 when empty; nullopt when unknown.
+// The device entry of --device: a catalogue caption (either case), an index
+// 0 to 7, a chip name ("16F628A", "PIC16F628A") or "auto" (kAutoDevice);
+// the default entry 1 when empty; nullopt when unknown.
 std::optional<int> device_index(const std::string& text);
+// What --device accepts, for the error that names a wrong one.
+std::string device_choices();
 
-// Runs options.command on the opened unit inside its operation guard;
-// returns the exit status. The device entry's parameters are taken without
-// a packet; only `id` reads the chip's ID.
+// Runs options.command on the opened unit; fills the record (outcome,
+// message, chip, mismatch) and returns the exit status. Chip commands hold
+// the unit's operation guard; the device entry's parameters are taken
+// without a packet unless the entry is auto.
 int run_command(Session& session);
+// capture, volts, freq and count (instrument_commands.cpp); each instrument
+// exchange takes the guard itself.
+int run_instrument(Session& session);
+
+// Four hexadecimal digits, as addresses and words are shown.
+std::string four_digits(int value);
 
 }  // namespace zenta::cli

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "cli/interrupt.h"
+
 namespace zenta::cli {
 
 namespace {
@@ -12,6 +14,7 @@ constexpr int kBarWidth = 40;
 void Console::message_box(const std::string& text, const std::string& title, MessageIcon) {
   ++message_count_;
   std::string line = title + ": " + text;
+  last_box_ = line;
   // An unplugged unit fails every exchange of a long write; one line with
   // a count says the same as thousands.
   if (line == last_message_) {
@@ -23,6 +26,18 @@ void Console::message_box(const std::string& text, const std::string& title, Mes
   err_ << line << '\n';
   err_.flush();
   last_message_ = std::move(line);
+}
+
+void Console::notes(const std::string& text, std::uint32_t) {
+  if (verbose_ && text != notes_) {
+    clear_bar();
+    err_ << "  " << text << '\n';
+  }
+  notes_ = text;
+}
+
+bool Console::stop_requested() {
+  return interrupted();
 }
 
 void Console::progress(int value, int maximum) {

@@ -14,14 +14,18 @@ namespace zenta::cli {
 
 class Console : public Host, public OperationReport {
  public:
-  // `terminal`: whether `err` is a terminal, so that a bar can be redrawn in place.
-  Console(std::ostream& err, bool terminal) : err_(err), terminal_(terminal) {}
+  // `terminal`: whether `err` is a terminal, so that a bar can be redrawn in
+  // place. `verbose`: every change of the notes line is a line on `err`.
+  Console(std::ostream& err, bool terminal, bool verbose = false)
+      : err_(err), terminal_(terminal), verbose_(verbose) {}
 
   // Clears the bar and reports repeated messages still pending; call before
   // printing anything else.
   void finish();
   int message_count() const { return message_count_; }
   const std::string& notes_text() const { return notes_; }
+  // The last message box as "TITLE: text"; empty when none was shown.
+  const std::string& last_box() const { return last_box_; }
 
   // Host
   void message_box(const std::string& text, const std::string& title, MessageIcon icon) override;
@@ -36,7 +40,7 @@ class Console : public Host, public OperationReport {
   std::string current_folder() const override;
 
   // OperationReport
-  void notes(const std::string& text, std::uint32_t) override { notes_ = text; }
+  void notes(const std::string& text, std::uint32_t) override;
   void current_address(int) override {}
   void start_address(int) override {}
   void progress(int value, int maximum) override;
@@ -46,6 +50,8 @@ class Console : public Host, public OperationReport {
     message_box(text, title, MessageIcon::kStop);
   }
   void let_events_run() override {}
+  // Ctrl-C or a termination request (cli/interrupt.h).
+  bool stop_requested() override;
 
  private:
   void clear_bar();
@@ -53,9 +59,11 @@ class Console : public Host, public OperationReport {
 
   std::ostream& err_;
   bool terminal_;
+  bool verbose_;
   std::string notes_;
   int shown_percent_ = -1;  // -1: no bar on the screen
   std::string last_message_;
+  std::string last_box_;
   int repeats_ = 0;  // times last_message_ came again and was not printed
   int message_count_ = 0;
 };

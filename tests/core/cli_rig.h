@@ -1,0 +1,111 @@
+#pragma once
+// Running the zenta program in-process on simulated units the test made,
+// and reading its JSON output back.
+#include <map>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli/cli.h"
+#include "link/sim/sim_unit.h"
+
+namespace zenta::cli::testing {
+
+struct Outcome {
+  int status = -1;
+  std::string out, err;
+};
+
+inline Outcome run_on(DriverChoice& choice, const std::vector<std::string>& args) {
+  const ParseResult parsed = parse_arguments(args);
+  if (!parsed.ok()) return {kExitUsage, "", parsed.error};
+  std::ostringstream out, err;
+  const int status = run_with_driver(parsed.options, choice, out, err, false);
+  return {status, out.str(), err.str()};
+}
+
+// The whole program on its own units, as main runs it.
+inline Outcome run_args(const std::vector<std::string>& args) {
+  const ParseResult parsed = parse_arguments(args);
+  if (!parsed.ok()) return {kExitUsage, "", parsed.error};
+  std::ostringstream out, err;
+  const int status = run(parsed.options, out, err, false);
+  return {status, out.str(), err.str()};
+}
+
+// A simulated unit with `chip` in its socket, handed to the program.
+struct SimRun {
+  explicit SimRun(const std::string& chip) : unit(new sim::SimUnit(chip)) {
+    choice.driver.reset(unit);
+    choice.simulated = true;
+  }
+  Outcome operator()(const std::vector<std::string>& args) { return run_on(choice, args); }
+  sim::SimUnit* unit;
+  DriverChoice choice;
+};
+
+// A JSON object of the program's --json output: members by name, each as
+// its JSON text (strings without their quotes, nested objects as written).
+// nullopt when the text is not one well-formed object.
+inline std::optional<std::map<std::string, std::string>> parse_json_object(
+    const std::string& text) {
+  std::map<std::string, std::string> members;
+  std::size_t i = 0;
+  const auto skip = [&] {
+    while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
+  };
+  const auto string = [&]() -> std::optional<std::string> {
+    if (i >= text.size() || text[i] != '"') return std::nullopt;
+    std::string value;
+    for (++i; i < text.size() && text[i] != '"'; ++i) {
+      if (text[i] == '\\' && ++i < text.size()) {
+        value += text[i] == 'n' ? '\n' : text[i];
+      } else {
+        value += text[i];
+      }
+    }
+    if (i++ >= text.size()) return std::nullopt;
+    return value;
+  };
+  const auto value = [&]() -> std::optional<std::string> {
+    skip();
+    if (i < text.size() && text[i] == '"') return string();
+    const std::size_t start = i;
+    int depth = 0;
+    for (; i < text.size(); ++i) {
+      if (text[i] == '{' || text[i] == '[') ++depth;
+      if (text[i] == '}' || text[i] == ']') {
+        if (depth == 0) break;
+        --depth;
+      }
+      if (text[i] == ',' && depth == 0) break;
+    }
+    if (i == start) return std::nullopt;
+    return text.substr(start, i - start);
+  };
+  skip();
+  if (i >= text.size() || text[i++] != '{') return std::nullopt;
+  for (;;) {
+    skip();
+    const auto name = string();
+    skip();
+    if (!name || i >= text.size() || text[i++] != ':') return std::nullopt;
+    const auto member = value();
+    if (!member) return std::nullopt;
+    members[*name] = *member;
+    skip();
+    if (i < text.size() && text[i] == ',') {
+      ++i;
+      continue;
+    }
+    if (i < text.size() && text[i] == '}') break;
+    return std::nullopt;
+  }
+  ++i;
+  skip();
+  if (i != text.size()) return std::nullopt;
+  return members;
+}
+
+}  // namespace zenta::cli::testing

@@ -1,0 +1,148 @@
+// Several units at once, JSON for scripts, and the instruments, through
+// the program as a script runs it.
+#include <gtest/gtest.h>
+
+#include "cli_rig.h"
+#include "fakes.h"
+#include "image/hex_writer.h"
+#include "instruments/logic_view.h"
+#include "platform/driver_factory.h"
+#include "programming/device_catalogue.h"
+#include "temp_dir.h"
+
+namespace zenta::cli {
+namespace {
+
+using testing::Outcome;
+using testing::parse_json_object;
+using testing::run_args;
+using zenta::testing::read_text;
+using zenta::testing::TempDir;
+using zenta::testing::write_text;
+
+std::vector<std::string> lines_of(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+TEST(CliUnitsTest, EachUnitGetsItsOwnLinesFilesAndStatus) {
+  TempDir dir;
+  const std::string trace = dir.file("t.trace");
+  const Outcome both = run_args({"--unit", "sim:16F628A", "--unit", "sim:16F628A", "--device",
+                                 "16F628A", "--trace", trace, "erase"});
+  EXPECT_EQ(both.status, kExitOk) << both.err;
+  EXPECT_EQ(both.out, "sim:16F628A: Chip Erase Complete\nsim:16F628A#2: Chip Erase Complete\n");
+  for (const char* file : {"t.sim-16F628A.trace", "t.sim-16F628A-2.trace"}) {
+    // Supply on, the seven exchanges of the erase, supply off.
+    EXPECT_EQ(lines_of(read_text(dir.file(file))).size(), 9u) << file;
+  }
+
+  // One unit failing fails the run; the other's answer still comes out.
+  const Outcome mixed =
+      run_args({"--json", "--unit", "sim:12F675", "--unit", "sim:none", "--device", "auto", "id"});
+  EXPECT_EQ(mixed.status, kExitFailed);
+  const auto lines = lines_of(mixed.out);
+  ASSERT_EQ(lines.size(), 2u) << mixed.out;
+  const auto good = parse_json_object(lines[0]);
+  const auto bad = parse_json_object(lines[1]);
+  ASSERT_TRUE(good && bad) << mixed.out;
+  EXPECT_EQ(good->at("unit"), "sim:12F675");
+  EXPECT_EQ(good->at("chip"), "12F675");
+  EXPECT_EQ(good->at("device"), "12F629/675");
+  EXPECT_EQ(good->at("outcome"), "ok");
+  EXPECT_EQ(bad->at("unit"), "sim:none");
+  EXPECT_EQ(bad->at("outcome"), "failed");
+  EXPECT_EQ(bad->at("chip"), "null");
+  EXPECT_EQ(bad->at("message").rfind("no chip answered (ID word 3FFF)", 0), 0u);
+}
+
+TEST(CliUnitsTest, JsonCarriesTheOutcomeAndTheFirstMismatch) {
+  TempDir dir;
+  write_text(dir.file("p.hex"), format_inhx8m({{0, 0x2805}, {3, 0x0123}, {0x2007, 0x3F70}}));
+  const std::string memory = dir.file("m.txt");
+  const std::vector<std::string> chip = {"--json", "--unit",   "sim:16F628A", "--sim-memory",
+                                         memory,   "--device", "pic16f628a"};
+  auto with = [&](std::vector<std::string> args) {
+    args.insert(args.begin(), chip.begin(), chip.end());
+    return run_args(args);
+  };
+  const Outcome written = with({"write", dir.file("p.hex")});
+  ASSERT_EQ(written.status, kExitOk) << written.err;
+  const auto write = parse_json_object(lines_of(written.out).at(0));
+  ASSERT_TRUE(write) << written.out;
+  EXPECT_EQ(lines_of(written.out).size(), 1u);  // nothing but the object
+  EXPECT_EQ(write->at("command"), "write");
+  EXPECT_EQ(write->at("unit"), "sim:16F628A");
+  EXPECT_EQ(write->at("device"), "16F62xA");
+  EXPECT_EQ(write->at("outcome"), "ok");
+  EXPECT_EQ(write->at("message"), "Write Complete");
+  EXPECT_EQ(write->at("first_mismatch"), "null");
+  EXPECT_GT(std::stoi(write->at("exchanges")), 40);
+  EXPECT_GE(std::stod(write->at("seconds")), 0.0);
+
+  write_text(dir.file("q.hex"), format_inhx8m({{0, 0x2805}, {3, 0x0124}}));
+  const Outcome verified = with({"verify", dir.file("q.hex")});
+  EXPECT_EQ(verified.status, kExitFailed);
+  const auto verify = parse_json_object(lines_of(verified.out).at(0));
+  ASSERT_TRUE(verify) << verified.out;
+  EXPECT_EQ(verify->at("outcome"), "failed");
+  EXPECT_EQ(verify->at("exit_status"), "1");
+  EXPECT_EQ(verify->at("first_mismatch"), R"({"address":"0003","file":"0124","chip":"0123"})");
+}
+
+TEST(CliUnitsTest, InstrumentsAnswerFromTheSimulatedUnit) {
+  const struct {
+    std::vector<std::string> args;
+    std::string out;
+  } cases[] = {
+      {{"--unit", "sim:16F877A,freq=5000", "freq", "--gate", "1s"}, "5000 Hz\n"},
+      {{"--unit", "sim:16F877A,freq=5000", "freq"}, "5.000 KHz\n"},
+      {{"--unit", "sim", "count", "read"}, "0\n"},
+      {{"--unit", "sim", "-q", "count", "clear"}, ""},
+      {{"--unit", "sim", "count", "start"}, "Counter start\n"},
+  };
+  for (const auto& c : cases) {
+    const Outcome result = run_args(c.args);
+    EXPECT_EQ(result.status, kExitOk) << result.err;
+    EXPECT_EQ(result.out, c.out) << c.args.back();
+  }
+  // The volt meter's channel 0 follows the MCLR/Vpp level, at 0 V when idle.
+  const Outcome volts = run_args({"--unit", "sim", "volts", "--channel", "vpp"});
+  EXPECT_EQ(volts.out, "Vpp 0.0 V\n");
+}
+
+// The capture written as VCD reads back in sigrok with the same samples as
+// the simulated unit's capture.
+TEST(CliUnitsTest, CaptureFileReadsBackInSigrok) {
+  if (!zenta::testing::tool_available("sigrok-cli")) GTEST_SKIP() << "sigrok-cli is not installed";
+  TempDir dir;
+  const Outcome result = run_args(
+      {"--unit", "sim", "capture", "--period", "3", "--edge", "neg", "-o", dir.file("x.vcd")});
+  ASSERT_EQ(result.status, kExitOk) << result.err;
+
+  sim::SimUnit simulated;
+  zenta::testing::FakeHost host;
+  Unit unit(simulated, host);
+  ASSERT_EQ(unit.open(), kDriverOk);
+  const LaCapture expected = capture(unit, 3, false);
+  ASSERT_EQ(expected.result, ExchangeResult::kDone);
+  std::string levels;
+  for (const bool high : capture_samples(expected.bytes)) levels += high ? '1' : '0';
+
+  const auto sigrok = zenta::testing::run_command("sigrok-cli -i '" + dir.file("x.vcd") +
+                                                  "' -O bits:width=0 2>/dev/null");
+  ASSERT_EQ(sigrok.status, 0);
+  std::string read_back;
+  for (const std::string& line : lines_of(sigrok.out)) {
+    if (line.rfind("LA:", 0) != 0) continue;
+    for (const char c : line.substr(3)) {
+      if (c == '0' || c == '1') read_back += c;
+    }
+  }
+  EXPECT_EQ(read_back, levels);
+}
+
+}  // namespace
+}  // namespace zenta::cli
