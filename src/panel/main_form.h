@@ -91,6 +91,9 @@ class MainForm : private OperationReport {
   // The "exact" menu item: the documented sequences byte for byte with the
   // safe-programming checks off. Kept in the settings.
   void Exact_Click(bool checked);
+  // The window is closing while an operation runs: it ends at its next
+  // event pause the way a failure does (programming mode left, supply off).
+  void request_stop() { stop_requested_ = true; }
 
   // ---- unit controls ----
   void Command_VCC_Click();
@@ -130,11 +133,13 @@ class MainForm : private OperationReport {
   void led(bool on) override;
   void stop_box(const std::string& text, const std::string& title) override;
   void let_events_run() override;
+  bool stop_requested() override { return stop_requested_; }
 
   CommandResult refused() const;
   CommandResult safe_write();
   void show_findings(const std::vector<std::string>& findings);
   void take_image_facts();
+  bool hex_file_ok();
   void select_device(int index);
   void restore_device();
   void load_tool_settings();
@@ -159,6 +164,7 @@ class MainForm : private OperationReport {
   std::string start_folder_;
   std::int16_t reset_state_ = 0;
   int busy_listener_ = -1;
+  bool stop_requested_ = false;
   // The option patterns of the selected device; all zero masks before the
   // first selection, which clear the word as an unselected device should.
   ConfigOptionPatterns patterns_{};

@@ -1,6 +1,7 @@
 // Choosing the target file, deriving its HEX file, and loading HEX images.
 #include "common/file_names.h"
 #include "common/number_text.h"
+#include "image/hex_check.h"
 #include "image/hex_loader.h"
 #include "panel/main_form.h"
 #include "programming/config_word.h"
@@ -8,6 +9,8 @@
 namespace zenta {
 
 namespace {
+// A broken file can have thousands of bad lines; the box names the first few.
+constexpr std::size_t kShownHexErrors = 5;
 constexpr const char* kFileFilter = "Source Files|*.asm;*.c|HEX FILES|*.hex|ALL FILES|*.*|";
 
 // Characters `position` (1-based) onward, at most `count`; positions beyond
@@ -24,6 +27,7 @@ bool MainForm::LOAD_HEX() {
 }
 
 bool MainForm::load_hex() {
+  if (!view_.exact && !hex_file_ok()) return false;
   const HexLoadReport report = load_hex_file(state_.HexFileName, state_);
   if (report.last_field) view_.Text2 = *report.last_field;
   if (report.last_byte) view_.Text_ADMON = *report.last_byte;
@@ -47,6 +51,30 @@ bool MainForm::load_hex() {
   if (host_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
   changed();
   return true;
+}
+
+bool MainForm::hex_file_ok() {
+  // Checked before the loader touches the buffer: a file with errors leaves
+  // the image that was loaded before as it was.
+  const std::string path = resolve_case_insensitive(state_.HexFileName);
+  const HexCheck check =
+      check_hex_file(path.empty() ? state_.HexFileName : path,
+                     {state_.ProgramSize, static_cast<int>(state_.EepromLastAddress) + 1});
+  if (check.ok()) return true;
+  std::vector<std::string> errors;
+  for (const HexFinding& finding : check.findings) {
+    if (finding.error) errors.push_back(finding.message(state_.HexFileName));
+  }
+  std::string text;
+  for (std::size_t i = 0; i < errors.size() && i < kShownHexErrors; ++i) {
+    text += (i == 0 ? "" : "\n") + errors[i];
+  }
+  if (errors.size() > kShownHexErrors) {
+    text += "\n(" + std::to_string(errors.size() - kShownHexErrors) + " more)";
+  }
+  host_.message_box(text, "FILE ERROR", MessageIcon::kStop);
+  show_findings({"not loaded: " + errors.front()});
+  return false;
 }
 
 void MainForm::take_image_facts() {

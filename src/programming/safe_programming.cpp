@@ -165,6 +165,15 @@ Preflight check_chip(ChipOperations& ops, int entry) {
 Preflight preflight_write(ChipOperations& ops, int entry) {
   Preflight result = check_chip(ops, entry);
   if (result.refused) return result;
+  // Words past the chip's memory would land on its lowest words.
+  if (const int last = last_image_word(ops.state(), 0x2000); last >= result.program_words) {
+    result.refused = true;
+    result.refusal = "The image has program words up to " + four_digits(last) + "; the " +
+                     (result.chip ? std::string(result.chip->name) : "chip") + " has " +
+                     std::to_string(result.program_words) + " (0000-" +
+                     four_digits(result.program_words - 1) + ")";
+    return result;
+  }
   if (result.chip && result.chip->calibrated) {
     ops.set_supply(true);
     keep_calibration(ops, result);

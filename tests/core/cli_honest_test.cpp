@@ -170,7 +170,7 @@ TEST(CliHonestTest, ReadFileHoldsTheWholeChipAndWritesItAgain) {
 TEST(CliHonestTest, FailedReadLeavesTheFileAsItWas) {
   // Exchanges of the program read, of the configuration read and of the
   // EEPROM read that follow it.
-  for (const int lost : {20, 2060, 2085}) {
+  for (const int lost : {40, 1061, 1072}) {
     SCOPED_TRACE(lost);
     TempDir dir;
     const std::string file = dir.file("chip.hex");

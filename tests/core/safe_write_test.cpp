@@ -172,3 +172,56 @@ TEST(SafeWrite, ExactIsKeptInTheSettingsAndClearsTheStatusLine) {
 
 }  // namespace
 }  // namespace zenta::testing
+
+namespace zenta::testing {
+namespace {
+
+TEST(SafeLoad, ADamagedFileIsRefusedNamingItsLineAndKeepsTheImageLoadedBefore) {
+  const struct {
+    const char* name;
+    const char* text;
+    const char* says;  // in the box, after "FILE.hex line N: "
+  } cases[] = {
+      {"cut after :101", ":101", "line 1: "},
+      {"a flipped bit", ":020000000138D5\n:00000001FF\n", "line 1: checksum D5 is wrong"},
+      {"no data", ":00000001FF\n", "line 2: no data record"},
+      {"past the chip", ":020A00000028CC\n:00000001FF\n", "line 1: "},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    TempDir dir;
+    PanelRig rig("16F84A", 3, false);
+    rig.host.open_answers = {sixteen_word_image(dir, 0x3FF1)};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    const ProgrammerState before = rig.state;
+    write_text(dir.file("bad.hex"), c.text);
+    rig.host.open_answers = {dir.file("bad.hex")};
+    rig.host.boxes.clear();
+    EXPECT_FALSE(rig.form.F_OpenButton_Click());
+    ASSERT_EQ(rig.host.boxes.size(), 1u);
+    EXPECT_EQ(rig.host.boxes[0].title, "FILE ERROR");
+    EXPECT_NE(rig.host.boxes[0].text.find(dir.file("bad.hex") + " " + c.says), std::string::npos)
+        << rig.host.boxes[0].text;
+    EXPECT_EQ(rig.state.ProgramBuffer, before.ProgramBuffer);
+    EXPECT_EQ(rig.state.DataLoaded, 1);
+  }
+}
+
+TEST(SafeWrite, AnImageLargerThanTheChipIsRefused) {
+  // The 16F62xA entry holds 4K words; a 16F628A has 2K.
+  TempDir dir;
+  PanelRig rig("16F628A", 5, false);
+  rig.unit.set_program_word(0, 0x1234);
+  const std::string hex = sixteen_word_image(dir, 0x3F70, {{0x900, 0x2000}});
+  rig.host.open_answers = {hex};
+  ASSERT_TRUE(rig.form.F_OpenButton_Click());
+  rig.host.boxes.clear();
+  EXPECT_TRUE(rig.form.WriteButton_Click().refused);
+  EXPECT_EQ(rig.box_texts(),
+            std::vector<std::string>{"The image has program words up to 0900; the 16F628A has 2048 "
+                                     "(0000-07FF)"});
+  EXPECT_EQ(rig.unit.program_word(0), 0x1234);
+}
+
+}  // namespace
+}  // namespace zenta::testing

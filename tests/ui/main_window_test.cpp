@@ -8,7 +8,9 @@
 #include <QPushButton>
 #include <QTableView>
 
+#include "image/hex_writer.h"
 #include "image/ui/buffer_viewer.h"
+#include "link/command_codes.h"
 #include "ui/panel_rig.h"
 
 namespace zenta::testing {
@@ -144,6 +146,63 @@ TEST(BufferViewers, OpenAtTheirClientSizes) {
     EXPECT_TRUE(viewer->isVisible()) << window;
     EXPECT_EQ(viewer->size(), size) << window;
   }
+}
+
+// Closing the window in a write's pause ends the write there, the way a
+// failure does, and then the window closes: the chip is left unpowered and
+// out of programming mode, and nothing more is programmed.
+TEST(MainWindow, ClosingDuringAWriteEndsItAtTheNextPauseAndCloses) {
+  PanelRig rig;
+  TempDir dir;
+  std::vector<HexWord> words;
+  for (std::uint16_t w = 0; w < 0x200; ++w) words.push_back({w, static_cast<std::uint16_t>(w)});
+  ASSERT_TRUE(write_inhx8m_file(dir.file("big.hex"), words));
+  rig.open_answers.push_back(dir.file("big.hex"));
+  rig.click("F_OpenButton");
+  std::size_t at_close = 0;
+  const auto render = rig.host.before_events;
+  rig.host.before_events = [&] {
+    render();
+    if (at_close == 0 && rig.sim.in_programming_mode()) {
+      at_close = rig.sim.trace().size();
+      rig.main().close();
+    }
+  };
+  rig.click("WriteButton");
+  ASSERT_GT(at_close, 0u);
+  EXPECT_FALSE(rig.main().isVisible());
+  const auto& trace = rig.sim.trace();
+  for (std::size_t i = at_close; i < trace.size(); ++i) {
+    EXPECT_NE(trace[i].tx[0], ICSP_LOAD_DATA) << "exchange " << i;
+  }
+  EXPECT_FALSE(rig.sim.in_programming_mode());
+  EXPECT_FALSE(rig.sim.vcc());
+}
+
+// The checks' findings show below the notes line; the menu item turns the
+// checks off and is kept in the settings.
+TEST(MainWindow, ExactMenuItemAndTheStatusLine) {
+  PanelRig rig;  // starts exact
+  TempDir dir;
+  ASSERT_TRUE(write_inhx8m_file(dir.file("p.hex"), {{0, 0x2805}, {0x2007, 0x3F32}}));
+  auto* exact = rig.find<QAction>("EXACT_MENU");
+  ASSERT_NE(exact, nullptr);
+  EXPECT_TRUE(exact->isChecked());
+  exact->trigger();
+  rig.settle();
+  EXPECT_FALSE(rig.form->view().exact);
+  EXPECT_EQ(rig.store.get(kSettingsApp, kPanelSection, kExactKey), "0");
+  rig.open_answers.push_back(dir.file("p.hex"));
+  rig.click("F_OpenButton");
+  auto* status = rig.find<QLabel>("StatusLine");
+  ASSERT_NE(status, nullptr);
+  EXPECT_TRUE(status->isVisible());
+  EXPECT_TRUE(status->toolTip().contains("configuration word 3F32 from the file"))
+      << status->toolTip().toStdString();
+  EXPECT_EQ(rig.find<QLineEdit>("ConfigAddrText")->text(), "3F32");
+  exact->trigger();
+  rig.settle();
+  EXPECT_FALSE(status->isVisible());
 }
 
 }  // namespace

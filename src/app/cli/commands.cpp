@@ -10,6 +10,7 @@
 
 #include "cli/output.h"
 #include "common/number_text.h"
+#include "image/hex_check.h"
 #include "image/hex_loader.h"
 #include "image/hex_writer.h"
 #include "programming/chips.h"
@@ -81,6 +82,27 @@ std::string unreadable_reason(const std::string& path) {
   return "a read error";
 }
 
+// Checksums, record types, addresses inside the device: a damaged or wrong
+// file is refused, naming its lines, before the unit is touched.
+bool file_checks_out(Session& s) {
+  if (s.options.exact) return true;
+  const std::string& path = s.options.hex_file;
+  const HexCheck check =
+      check_hex_file(path, {s.state.ProgramSize, static_cast<int>(s.state.EepromLastAddress) + 1});
+  if (!check.ok()) {
+    std::string reasons;
+    int errors = 0;
+    for (const HexFinding& finding : check.findings) {
+      if (!finding.error) continue;
+      if (++errors <= 3) reasons += (reasons.empty() ? "" : "; ") + finding.message(path);
+    }
+    if (errors > 3) reasons += " (" + std::to_string(errors - 3) + " more)";
+    s.record.fail("cannot use " + reasons, "refused");
+    return false;
+  }
+  return true;
+}
+
 // Loads FILE.hex with the panel's loader. A file that cannot be read, or
 // holds no HEX record at all (a source file, a wrong name), is refused
 // before the unit is touched: writing it would erase the chip for nothing.
@@ -95,7 +117,7 @@ bool load_image(Session& s) {
     reason = "no Intel HEX records in it";
   } else {
     s.state.DataLoaded = 1;
-    return true;
+    return file_checks_out(s);
   }
   s.record.fail("cannot use '" + path + "': " + reason, "refused");
   return false;
@@ -246,7 +268,19 @@ int verify(Session& s, ChipOperations& ops) {
 // configuration word and the EEPROM, so the file writes the same chip
 // again. The file is written only when every read went through.
 int read_program(Session& s, ChipOperations& ops) {
-  const int end = s.options.last ? *s.options.last : s.state.ProgramSize;
+  int end = s.options.last ? *s.options.last : s.state.ProgramSize;
+  if (!s.options.exact && !s.options.last) {
+    // The entry's size can be larger than the chip's memory, whose words
+    // would then be read again from word 0: read what the chip has.
+    const Preflight chip = check_chip(ops, s.device);
+    tell_findings(s, chip.findings);
+    if (chip.refused) {
+      s.console.finish();
+      s.record.fail("refused: " + chip.refusal, "refused");
+      return kExitFailed;
+    }
+    end = chip.program_words;
+  }
   const CommandResult program = run_read(ops, last_box(s.state, end));
   if (const int status = conclude(s, program); status != kExitOk) return status;
   const int count = program.read->next_address;

@@ -165,9 +165,19 @@ void MainWindow::render() {
     progress_->setMaximum(view.progress.maximum);
     progress_->setValue(view.progress.value);
     progress_->show();
+    status_line_->hide();
   } else {
     progress_->hide();
+    // The checks' findings share the progress bar's place.
+    const QString status = QString::fromStdString(view.StatusLine);
+    if (status_line_->toolTip() != status) {
+      status_line_->setToolTip(status);
+      status_line_->setText(
+          status_line_->fontMetrics().elidedText(status, Qt::ElideRight, status_line_->width()));
+    }
+    status_line_->setVisible(!status.isEmpty());
   }
+  if (exact_menu_->isChecked() != view.exact) exact_menu_->setChecked(view.exact);
 
   // One operation at a time: what would send while another holds the unit
   // is shown disabled.
@@ -207,8 +217,11 @@ void MainWindow::render() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
   if (form_.view().busy) {
-    // An operation is between two packets; the unit closes when it is done.
+    // An operation is between two packets: it ends at its next pause,
+    // leaving the chip out of programming mode and unpowered, and then the
+    // window closes.
     close_pending_ = true;
+    form_.request_stop();
     event->ignore();
     return;
   }

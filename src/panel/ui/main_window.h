@@ -81,6 +81,7 @@ class MainWindow : public QMainWindow {
   std::array<QPushButton*, 4> tool_buttons_{};
   QLabel* notes_label_ = nullptr;
   QProgressBar* progress_ = nullptr;
+  QLabel* status_line_ = nullptr;
   QPushButton* ext_button_ = nullptr;
   // Bottom row.
   QPushButton* command_reset_ = nullptr;
@@ -105,6 +106,7 @@ class MainWindow : public QMainWindow {
   QAction* fileopen_menu_ = nullptr;
   QAction* read_menu_ = nullptr;
   QAction* read_eeprom_menu_ = nullptr;
+  QAction* exact_menu_ = nullptr;
 };
 
 }  // namespace zenta

@@ -101,6 +101,11 @@ void MainWindow::build_controls(QWidget* panel) {
   progress_->setGeometry(256, 240, 336, 12);
   progress_->setTextVisible(false);
   progress_->hide();
+  status_line_ = make_label(panel, "StatusLine", "", {256, 238, 336, 16});
+  QFont small = status_line_->font();
+  small.setPointSizeF(small.pointSizeF() * 0.85);
+  status_line_->setFont(small);
+  status_line_->hide();
 
   command_reset_ = make_button(panel, "Command_RESET", "RESET", "Reset", {256, 258, 72, 28});
   reset_lamp_ = new Lamp(panel);

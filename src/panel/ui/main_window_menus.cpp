@@ -33,6 +33,13 @@ void MainWindow::build_menus() {
   on(read_menu_, [this] { form_.READ_Click(); });
   on(add_item(function, "Buffer_view", "Buffer_view"), [this] { form_.Buffer_view_Click(); });
   read_eeprom_menu_ = add_item(function, "READ_EEPROM", "READ_EEPROM");
+  // The documented sequences byte for byte, without the safe-programming
+  // checks; kept in the settings.
+  function->addSeparator();
+  exact_menu_ = add_item(function, "EXACT_MENU", "Exact sequences (no checks)");
+  exact_menu_->setCheckable(true);
+  connect(exact_menu_, &QAction::triggered, this,
+          [this](bool checked) { run([this, checked] { form_.Exact_Click(checked); }); });
   on(read_eeprom_menu_, [this] { form_.READ_EEPROM_Click(); });
 
   QMenu* tool = menu("TOOL");
