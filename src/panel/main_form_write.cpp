@@ -20,7 +20,13 @@ CommandResult MainForm::safe_write() {
     return run_write(ops_, read_hex16(view_.LastAddrText));
   }
   const Preflight preflight = preflight_write(ops_, view_.PICsel);
-  show_findings(preflight.findings);
+  std::vector<std::string> findings = preflight.findings;
+  if (const auto config = image_config_word(state_); config && *config == state_.ConfigWord) {
+    findings.insert(
+        findings.begin() + (findings.empty() ? 0 : 1),
+        "configuration word " + config_hex_text(*config >> 8, *config & 0xFF) + " from the file");
+  }
+  show_findings(findings);
   if (preflight.refused) {
     host_.message_box(preflight.refusal, "WRITE ERROR", MessageIcon::kStop);
     notes("Write refused", kRed);

@@ -106,7 +106,9 @@ std::optional<std::string> eeprom_data_finding(const ProgrammerState& state) {
     last = w;
   }
   if (first < 0) return std::nullopt;
-  return "EEPROM data at " + hex_text(first) + "\u2013" + hex_text(last) + " not written";
+  const std::string range =
+      first == last ? hex_text(first) : hex_text(first) + "\u2013" + hex_text(last);
+  return "EEPROM data at " + range + " not written";
 }
 
 std::optional<std::uint16_t> image_config_word(const ProgrammerState& state) {

@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "converter/ui/data_conv_window.h"
+#include "image/hex_writer.h"
 #include "instruments/ui/logic_window.h"
 #include "instruments/ui/meter_windows.h"
 
@@ -114,6 +115,23 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   main.run([&form] { form.kage_Click(); });
   main.run([&form] { form.kage_Click(); });
   ok &= save(&main, folder + "/main.png");
+
+  // A program with its configuration word and EEPROM data, loaded and
+  // written: the status line shows what the checks found.
+  QTemporaryDir images;
+  const std::string image = images.filePath("blink.hex").toStdString();
+  std::vector<HexWord> words;
+  for (std::uint16_t w = 0; w < 16; ++w)
+    words.push_back({w, static_cast<std::uint16_t>(0x2800 + w)});
+  words.push_back({0x2007, 0x3F32});
+  words.push_back({0x2100, 0x12});
+  if (write_inhx8m_file(image, words)) {
+    host.open_dialog_hook = [image](const std::string&) { return image; };
+    main.run([&form] { form.F_OpenButton_Click(); });
+    main.run([&form] { form.WriteButton_Click(); });
+    host.open_dialog_hook = nullptr;
+    ok &= save(&main, folder + "/main-written.png");
+  }
 
   struct Shot {
     WindowId id;
