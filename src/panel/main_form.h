@@ -147,6 +147,9 @@ class MainForm : private OperationReport {
   bool load_hex();
   void buffer_view_command();
   void read_ad_channel0();
+  // The unit controls take the unit when it is free; while an operation
+  // holds it they wait their turn, except in exact mode.
+  bool may_send_control(std::optional<Unit::Operation>& operation);
 
   // An option handler's new word: bytes, hexadecimal text, bit display.
   void apply_config_word(std::uint16_t word);

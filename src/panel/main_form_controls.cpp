@@ -16,35 +16,44 @@ constexpr std::int16_t kResetLampTicks = 5;
 }  // namespace
 
 void MainForm::Command_VCC_Click() {
-  Unit::Operation operation(unit_);
-  if (!operation) return;
+  std::optional<Unit::Operation> operation;
+  if (!may_send_control(operation)) return;
   // The caption is the only record of the supply's state.
   ops_.set_supply(view_.Command_VCC == "VCC off");
   changed();
 }
 
 void MainForm::Command_LED_Click() {
-  Unit::Operation operation(unit_);
-  if (!operation) return;
+  std::optional<Unit::Operation> operation;
+  if (!may_send_control(operation)) return;
   ops_.set_led(view_.Command_LED == "LED off");
   changed();
 }
 
 void MainForm::Command_Vset_Click(int index) {
-  Unit::Operation operation(unit_);
-  if (!operation || index < kMclr0V || index > kMclrVpp) return;
+  std::optional<Unit::Operation> operation;
+  if (index < kMclr0V || index > kMclrVpp || !may_send_control(operation)) return;
   set_mclr_level(unit_.link(), static_cast<MclrLevel>(index));
   read_ad_channel0();
 }
 
 void MainForm::Command_RESET_Click() {
-  Unit::Operation operation(unit_);
-  if (!operation) return;
+  std::optional<Unit::Operation> operation;
+  if (!may_send_control(operation)) return;
   unit_.link().SENDCMD(UNIT_MCLR_LEVEL, kMclr0V);
   view_.RESET_LAMP = kLampYellow;
   reset_state_ = kResetLampTicks;
   unit_.link().SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
   read_ad_channel0();
+}
+
+bool MainForm::may_send_control(std::optional<Unit::Operation>& operation) {
+  if (!unit_.busy()) {
+    operation.emplace(unit_);
+    return true;
+  }
+  // The documented panel sends at once, also in an operation's pause.
+  return view_.exact;
 }
 
 void MainForm::read_ad_channel0() {

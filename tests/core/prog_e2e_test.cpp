@@ -186,32 +186,42 @@ TEST(WriteFailures, ALinkFailureMidWriteLeavesThePanelUsable) {
 }
 
 TEST(OneOperationAtATime, CommandsInAPauseAreRefused) {
-  FaultRig rig;
-  Progress seen;
-  std::size_t packets_before = 0;
-  rig.host.during_events = [&] {
-    EXPECT_TRUE(rig.form.view().busy);
-    seen = rig.form.view().progress;
-    packets_before = rig.unit.trace().size();
-    EXPECT_TRUE(rig.form.VerifyButton_Click().refused);
-    EXPECT_TRUE(rig.form.READ_Click().refused);
-    EXPECT_TRUE(rig.form.READ_EEPROM_Click().refused);
-    EXPECT_TRUE(rig.form.ERASEButton_Click().refused);
-    rig.form.Command_ID_Click();
-    rig.form.Command_VCC_Click();
-    rig.form.Command_LED_Click();
-    rig.form.Command_RESET_Click();
-    rig.form.Command_Vset_Click(2);
-    rig.form.PICsel_Click(3);
-    EXPECT_FALSE(rig.form.LOAD_HEX());
-    EXPECT_TRUE(rig.form.WriteButton_Click().refused);
-    EXPECT_EQ(rig.unit.trace().size(), packets_before);
-  };
-  rig.form.WriteButton_Click();
-  EXPECT_GT(seen.maximum, 0);
-  EXPECT_EQ(rig.form.view().PICsel, 0);
-  EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
-  EXPECT_TRUE(rig.host.boxes.empty());
+  // With the checks on, nothing sends in a write's pause; the documented
+  // panel lets the unit controls send there (the supply, LED, level and
+  // reset buttons), and only those.
+  for (const bool exact : {false, true}) {
+    SCOPED_TRACE(exact ? "exact" : "checked");
+    FaultRig rig;
+    rig.form.Exact_Click(exact);
+    Progress seen;
+    std::size_t packets_before = 0;
+    std::vector<Packet> controls;
+    rig.host.during_events = [&] {
+      EXPECT_TRUE(rig.form.view().busy);
+      seen = rig.form.view().progress;
+      packets_before = rig.unit.trace().size();
+      EXPECT_TRUE(rig.form.VerifyButton_Click().refused);
+      EXPECT_TRUE(rig.form.READ_Click().refused);
+      EXPECT_TRUE(rig.form.READ_EEPROM_Click().refused);
+      EXPECT_TRUE(rig.form.ERASEButton_Click().refused);
+      rig.form.Command_ID_Click();
+      rig.form.PICsel_Click(3);
+      EXPECT_FALSE(rig.form.LOAD_HEX());
+      EXPECT_TRUE(rig.form.WriteButton_Click().refused);
+      EXPECT_EQ(rig.unit.trace().size(), packets_before);
+      rig.form.Command_LED_Click();
+      rig.form.Command_Vset_Click(2);
+      for (std::size_t i = packets_before; i < rig.unit.trace().size(); ++i) {
+        controls.push_back(rig.unit.trace()[i].tx);
+      }
+    };
+    rig.form.WriteButton_Click();
+    EXPECT_GT(seen.maximum, 0);
+    EXPECT_EQ(rig.form.view().PICsel, 0);
+    EXPECT_EQ(rig.form.view().NotesLabel, "Write Complete");
+    const std::vector<Packet> documented = {{0x3B, 0x00}, {0x32, 0x02}, {0x39, 0x00}};
+    EXPECT_EQ(controls, exact ? documented : std::vector<Packet>{});
+  }
 }
 
 }  // namespace

@@ -63,6 +63,8 @@ TEST(MainWindow, OpensAnAssembledImageShowsItInTheBufferAndWritesItIntoTheChip) 
   int end = 0x1FFF;
   while (end > 0 && image->word(end) == 0x3FFF) --end;
   rig.find<QLineEdit>("LastAddrText")->setText(QString::number(end + 1, 16));
+  // With the checks on, the unit controls wait for the unit too.
+  rig.form->Exact_Click(false);
   rig.click("WriteButton");
   EXPECT_EQ(rig.find<QLabel>("NotesLabel")->text(), "Write Complete");
   EXPECT_EQ(rig.boxes, std::vector<std::string>{});

@@ -182,11 +182,17 @@ void MainWindow::render() {
   // One operation at a time: what would send while another holds the unit
   // is shown disabled.
   const bool idle = !view.busy;
-  for (QWidget* control : std::initializer_list<QWidget*>{
-           write_button_, verify_button_, erase_button_, f_open_button_, hexset_button_,
-           command_id_, frame1_, command_vcc_, command_led_, command_reset_, command_vset_[0],
-           command_vset_[1], command_vset_[2]}) {
+  for (QWidget* control :
+       std::initializer_list<QWidget*>{write_button_, verify_button_, erase_button_, f_open_button_,
+                                       hexset_button_, command_id_, frame1_}) {
     control->setEnabled(idle);
+  }
+  // The documented panel lets the unit controls send in an operation's
+  // pauses; with the checks on they wait, and show it.
+  for (QWidget* control :
+       std::initializer_list<QWidget*>{command_vcc_, command_led_, command_reset_, command_vset_[0],
+                                       command_vset_[1], command_vset_[2]}) {
+    control->setEnabled(idle || view.exact);
   }
   for (QAction* action : {fileopen_menu_, read_menu_, read_eeprom_menu_}) {
     action->setEnabled(idle);
