@@ -10,7 +10,9 @@
 #include "cli_rig.h"
 #include "image/hex_writer.h"
 #include "panel_rig.h"
+#include "programming/config_word.h"
 #include "programming/device_catalogue.h"
+#include "programming/safe_programming.h"
 #include "temp_dir.h"
 
 namespace zenta::testing {
@@ -105,6 +107,39 @@ TEST(ChipEntries, SafeWriteAcceptsTheChipOnlyUnderItsEntry) {
       EXPECT_TRUE(result.ok()) << (rig.box_texts().empty() ? "" : rig.box_texts()[0]);
       for (int w = 0; w < 16; ++w) EXPECT_EQ(rig.unit.program_word(w), 0x2000 + 3 * w) << w;
       EXPECT_EQ(rig.unit.program_word(0x3FF), c.calibrated ? kCalibration : 0x3FFF);
+    }
+  }
+}
+
+// An image running past the chip's memory is written only as far as the
+// chip reaches, so the words past its end cannot wrap onto word 0.
+TEST(ChipEntries, SafeWriteStopsTheImageAtTheChipsEnd) {
+  for (const ChipCase& c : kChips) {
+    SCOPED_TRACE(c.chip);
+    PanelRig rig(c.chip, c.entry, false);
+    const int chip_words = rig.unit.chip().program_words;
+    for (int w = 0; w < chip_words + 16; ++w) rig.state.set_word(w, 0x2000 + (w & 0xFF));
+    Preflight preflight;
+    rig.run([&](ChipOperations& ops) { preflight = preflight_write(ops, c.entry); });
+    EXPECT_FALSE(preflight.refused);
+    EXPECT_EQ(preflight.last_address, chip_words);
+  }
+}
+
+// The oscillator choice reaches the chip's FOSC bits the same way on every
+// device: LP 0, XT 1, HS 2, whatever the device's other bits.
+TEST(ChipEntries, OscillatorChoiceSetsTheSameFoscOnEveryDevice) {
+  const std::pair<int, std::uint16_t> choices[] = {{1, 0x1}, {2, 0x2}, {3, 0x0}};
+  for (const DeviceRecord& record : DeviceCatalogue()) {
+    for (const auto& [index, fosc] : choices) {
+      SCOPED_TRACE(std::string(record.caption) + " choice " + std::to_string(index));
+      const std::uint16_t word =
+          apply_oscillator(record.default_config_word, record.patterns, index);
+      const std::uint16_t osc_bits = word & ~record.patterns.OscMask & kConfigBits;
+      // Bit 4 is the third FOSC bit where the device has one.
+      EXPECT_EQ((osc_bits & 0x7) | ((osc_bits >> 2) & 0x4), fosc);
+      EXPECT_EQ(word & record.patterns.OscMask,
+                record.default_config_word & record.patterns.OscMask);
     }
   }
 }

@@ -30,8 +30,12 @@ class RecordingReport : public OperationReport {
   void supply(bool) override {}
   void led(bool) override {}
   void stop_box(const std::string& text, const std::string&) override { boxes.push_back(text); }
-  void let_events_run() override {}
+  void let_events_run() override { stop = ++pauses >= stop_at_pause && stop_at_pause > 0; }
+  bool stop_requested() override { return stop; }
 
+  int stop_at_pause = 0;  // 0: never asked to stop
+  int pauses = 0;
+  bool stop = false;
   std::vector<std::pair<int, int>> steps;
   std::vector<std::string> boxes, notes_shown;
 };
@@ -209,6 +213,30 @@ TEST(OperationBounds, FullVerifyShowsItsFirstDifference) {
     ASSERT_FALSE(rig.report.steps.empty());
     EXPECT_EQ(rig.report.steps.front(), std::make_pair(4, 8));
   }
+}
+
+// A read asked to stop between groups says so, keeps the words it stored,
+// and leaves the target powered down.
+TEST(OperationBounds, StoppedReadSaysHowFarItGot) {
+  for (const int stop_at : {1, 3}) {
+    SCOPED_TRACE(stop_at);
+    OpsRig rig("16F877A", 1, 0);
+    for (int w = 0; w < 64; ++w) rig.unit.set_program_word(w, image_word(w));
+    rig.report.stop_at_pause = stop_at;
+    const CommandResult result = run_read(rig.ops, 64);
+    EXPECT_TRUE(result.stopped);
+    ASSERT_TRUE(result.read.has_value());
+    EXPECT_TRUE(result.read->stopped_early);
+    EXPECT_EQ(result.read->next_address, 4 * stop_at);
+    for (int w = 0; w < 4 * stop_at; ++w) EXPECT_EQ(rig.state.word(w), image_word(w)) << w;
+    EXPECT_EQ(rig.unit.trace().back().tx, (Packet{UNIT_LED, 0}));
+    EXPECT_FALSE(rig.unit.vcc());
+  }
+  OpsRig rig("16F877A", 1, 0);
+  const CommandResult whole = run_read(rig.ops, 64);
+  EXPECT_FALSE(whole.stopped);
+  EXPECT_FALSE(whole.read->stopped_early);
+  EXPECT_EQ(whole.read->next_address, 64);
 }
 
 // The short commands power the target around their packets and nothing

@@ -102,6 +102,20 @@ TEST(BufferViewer, ValuesStayInTheirCell) {
   EXPECT_EQ(view.value(2, 1), -1);
 }
 
+// An image larger than the grid fills every row the grid has and no more;
+// labels never go past the grid either.
+TEST(BufferViewer, TheGridBoundsAnImageLargerThanIt) {
+  ProgrammerState state;
+  state.ProgramSize = kProgramBufferWords;
+  for (int w = 0; w < kProgramBufferWords; ++w) state.set_word(w, word_at(w));
+  BufferViewModel view = make_program_view();
+  FILL_PROG_VIEW(view, state);
+  EXPECT_EQ(view.labelled_rows(), 514);
+  EXPECT_EQ(view.cell(514, 0), " 2010");
+  EXPECT_EQ(view.cell(514, 16), word_cell(514 * 16 - 1));
+  EXPECT_EQ(view.cell(515, 16), "");
+}
+
 TEST(BufferViewer, ResizeRulesPlaceGridAndButton) {
   const struct {
     const ViewerGeometry& geometry;
