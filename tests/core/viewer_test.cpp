@@ -1,0 +1,181 @@
+// The buffer viewers: which word or byte each edge cell shows, the cells
+// outside the grids, the resize rules, and the panel's refills after a read.
+#include <gtest/gtest.h>
+
+#include "image/buffer_view.h"
+#include "image/viewer_layout.h"
+#include "panel_rig.h"
+
+namespace zenta::testing {
+namespace {
+
+int word_at(int w) {
+  return (w * 0x135 + 7) & 0x3FFF;
+}
+std::string word_cell(int w) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%04X ", word_at(w));
+  return text;
+}
+int byte_at(int b) {
+  return (b * 29 + 5) & 0xFF;
+}
+std::string byte_cell(int b) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%02X ", byte_at(b));
+  return text;
+}
+
+TEST(BufferViewer, EdgeCellsShowTheirWordOrByte) {
+  ProgrammerState state;
+  state.ProgramSize = 0x2000;
+  for (int w = 0; w < 0x2000; ++w) state.set_word(w, word_at(w));
+  for (int b = 0; b < kEepromBufferSize; ++b) {
+    state.EepromBuffer[static_cast<std::size_t>(b)] = static_cast<std::uint8_t>(byte_at(b));
+  }
+  BufferViewModel program = make_program_view();
+  BufferViewModel eeprom = make_eeprom_view();
+  FILL_PROG_VIEW(program, state);
+  FILL_EE_VIEW(eeprom, state);
+  EXPECT_EQ(program.rows(), 515);
+  EXPECT_EQ(eeprom.rows(), 17);
+
+  const struct {
+    const BufferViewModel& view;
+    int row, column;
+    std::string text;
+  } cases[] = {
+      {program, 0, 0, ""},
+      {program, 0, 1, "+0"},
+      {program, 0, 16, "+F"},
+      {program, 1, 0, "    0"},
+      {program, 512, 0, " 1FF0"},
+      {program, 513, 0, ""},
+      {program, 1, 1, word_cell(0)},
+      {program, 1, 16, word_cell(15)},
+      {program, 2, 1, word_cell(16)},
+      {program, 512, 1, word_cell(0x1FF0)},
+      {program, 512, 16, word_cell(0x1FFF)},
+      {program, 513, 1, ""},
+      {eeprom, 1, 0, "  0"},
+      {eeprom, 16, 0, " F0"},
+      {eeprom, 1, 1, byte_cell(0)},
+      {eeprom, 1, 16, byte_cell(15)},
+      {eeprom, 2, 16, byte_cell(0x1F)},
+      {eeprom, 16, 1, byte_cell(0xF0)},
+      {eeprom, 16, 16, byte_cell(0xFF)},
+      // Outside the grids.
+      {program, -1, 0, ""},
+      {program, -1, 1, ""},
+      {program, 515, 0, ""},
+      {program, 515, 1, ""},
+      {program, 1, 17, ""},
+      {program, 0, 17, ""},
+      {program, 1, -1, ""},
+      {eeprom, 17, 0, ""},
+      {eeprom, 17, 1, ""},
+      {eeprom, -1, 0, ""},
+      {eeprom, 16, 17, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.row) + "," + std::to_string(c.column));
+    EXPECT_EQ(c.view.cell(c.row, c.column), c.text);
+  }
+}
+
+// A value set outside the data cells goes nowhere and reads back as never
+// filled; the data cells at the edges keep their own values.
+TEST(BufferViewer, ValuesStayInTheirCell) {
+  BufferViewModel view = make_eeprom_view();
+  view.build(16);
+  const std::pair<int, int> edges[] = {{1, 1}, {1, 16}, {16, 1}, {16, 16}};
+  for (const auto& [row, column] : edges) view.set_value(row, column, row * 100 + column);
+  for (const auto& [row, column] :
+       std::vector<std::pair<int, int>>{{0, 1}, {1, 0}, {17, 1}, {1, 17}, {0, 0}, {-1, 1}}) {
+    view.set_value(row, column, 0x55);
+    EXPECT_EQ(view.value(row, column), -1) << row << "," << column;
+  }
+  for (const auto& [row, column] : edges) {
+    EXPECT_EQ(view.value(row, column), row * 100 + column) << row << "," << column;
+  }
+  EXPECT_EQ(view.value(1, 2), -1);
+  EXPECT_EQ(view.value(2, 1), -1);
+}
+
+// An image larger than the grid fills every row the grid has and no more;
+// labels never go past the grid either.
+TEST(BufferViewer, TheGridBoundsAnImageLargerThanIt) {
+  ProgrammerState state;
+  state.ProgramSize = kProgramBufferWords;
+  for (int w = 0; w < kProgramBufferWords; ++w) state.set_word(w, word_at(w));
+  BufferViewModel view = make_program_view();
+  FILL_PROG_VIEW(view, state);
+  EXPECT_EQ(view.labelled_rows(), 514);
+  EXPECT_EQ(view.cell(514, 0), " 2010");
+  EXPECT_EQ(view.cell(514, 16), word_cell(514 * 16 - 1));
+  EXPECT_EQ(view.cell(515, 16), "");
+}
+
+TEST(BufferViewer, ResizeRulesPlaceGridAndButton) {
+  const struct {
+    const ViewerGeometry& geometry;
+    int width, height;
+    ViewerLayout expected;
+  } cases[] = {
+      {kDataViewGeometry, 9800, 6000, {5500, 9990, 5000, 8300}},
+      {kDataViewGeometry, 12000, 8000, {7500, 9990, 7000, 10500}},
+      {kDataViewGeometry, 3000, 400, {0, 9990, -600, 1500}},
+      {kEepromViewGeometry, 6600, 3900, {3500, 6100, 0, 0}},
+      {kEepromViewGeometry, 6600, 300, {0, 6100, 0, 0}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.width) + "x" + std::to_string(c.height));
+    const ViewerLayout got = viewer_layout(c.geometry, c.width, c.height);
+    EXPECT_EQ(got.grid_height, c.expected.grid_height);
+    EXPECT_EQ(got.window_width, c.expected.window_width);
+    if (c.geometry.has_exit_button) {
+      EXPECT_EQ(got.exit_top, c.expected.exit_top);
+      EXPECT_EQ(got.exit_left, c.expected.exit_left);
+    }
+  }
+}
+
+// A read starts its buffer at word 0 whatever the START box held, and each
+// EEPROM read refills the open viewer with what the chip holds now.
+TEST(PanelReads, StartBoxAndEepromViewFollowEachRead) {
+  PanelRig rig("16F877A", 1);
+  rig.form.LastAddrText_Change("10");
+  rig.form.StartAddrText_Change("20");
+  rig.unit.set_program_word(0, 0x2805);
+  EXPECT_TRUE(rig.form.READ_Click().ok());
+  EXPECT_EQ(rig.form.view().StartAddrText, "0");
+  EXPECT_EQ(rig.state.word(0), 0x2805);
+
+  for (const int value : {0x0A, 0xC3}) {
+    SCOPED_TRACE(value);
+    rig.unit.set_eeprom_byte(0x1F, value);
+    rig.unit.set_eeprom_byte(0xFF, value ^ 0xFF);
+    EXPECT_TRUE(rig.form.READ_EEPROM_Click().ok());
+    char cell[8];
+    std::snprintf(cell, sizeof cell, "%02X ", value);
+    EXPECT_EQ(rig.eeprom_view.cell(2, 16), cell);
+    std::snprintf(cell, sizeof cell, "%02X ", value ^ 0xFF);
+    EXPECT_EQ(rig.eeprom_view.cell(16, 16), cell);
+  }
+}
+
+// WRITE without loaded data says so, is refused, and sends nothing.
+TEST(PanelReads, WriteWithoutDataIsRefused) {
+  for (const bool exact : {true, false}) {
+    SCOPED_TRACE(exact);
+    PanelRig rig("16F877A", 1, exact);
+    const CommandResult result = rig.form.WriteButton_Click();
+    EXPECT_TRUE(result.refused);
+    EXPECT_FALSE(result.ok());
+    EXPECT_EQ(rig.box_texts(), std::vector<std::string>{"I have no data"});
+    EXPECT_TRUE(rig.unit.trace().empty());
+  }
+}
+
+}  // namespace
+}  // namespace zenta::testing
