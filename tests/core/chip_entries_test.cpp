@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "cli_rig.h"
+#include "image/hex_loader.h"
 #include "image/hex_writer.h"
 #include "panel_rig.h"
 #include "programming/config_word.h"
@@ -118,11 +119,19 @@ TEST(ChipEntries, SafeWriteStopsTheImageAtTheChipsEnd) {
     SCOPED_TRACE(c.chip);
     PanelRig rig(c.chip, c.entry, false);
     const int chip_words = rig.unit.chip().program_words;
-    for (int w = 0; w < chip_words + 16; ++w) rig.state.set_word(w, 0x2000 + (w & 0xFF));
-    Preflight preflight;
-    rig.run([&](ChipOperations& ops) { preflight = preflight_write(ops, c.entry); });
-    EXPECT_FALSE(preflight.refused);
-    EXPECT_EQ(preflight.last_address, chip_words);
+    // An image that fills the chip is written to its last word; one word
+    // more would land on word 0, so such an image is refused.
+    for (const int words : {chip_words, chip_words + 1}) {
+      if (words > 0x2000) continue;  // 0x2000 on is configuration space, not program memory
+      blank_program_image(rig.state);
+      for (int w = 0; w < words; ++w) rig.state.set_word(w, 0x2000 + (w & 0xFF));
+      Preflight preflight;
+      rig.run([&](ChipOperations& ops) { preflight = preflight_write(ops, c.entry); });
+      EXPECT_EQ(preflight.refused, words > chip_words) << words;
+      if (!preflight.refused) {
+        EXPECT_EQ(preflight.last_address, chip_words);
+      }
+    }
   }
 }
 
