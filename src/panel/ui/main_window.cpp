@@ -23,6 +23,7 @@ MainWindow::MainWindow(MainForm& form, QtHost& host, bool simulated) : form_(for
 
   build_controls(panel);
   build_menus();
+  setAcceptDrops(true);
   connect_controls();
 
   host_.set_dialog_parent(this);
@@ -119,7 +120,7 @@ void MainWindow::connect_controls() {
   connect(kage_, &ClickableLabel::clicked, this, [this] { run([this] { form_.kage_Click(); }); });
   connect(label_krvname_, &ClickableLabel::clicked, this,
           [this] { run([this] { form_.Label_KRVname_Click(); }); });
-  connect(label12_, &ClickableLabel::clicked, this, [this] { open_homepage(host_); });
+  connect(label12_, &ClickableLabel::clicked, this, [this] { form_.HomePage_Click(); });
 }
 
 void MainWindow::render() {
