@@ -45,8 +45,8 @@ void MainWindow::schedule_render() {
   QMetaObject::invokeMethod(
       this,
       [this] {
-        render_queued_ = false;
-        render();
+        // A render since the request (an operation's pause) has shown it.
+        if (render_queued_) render();
       },
       Qt::QueuedConnection);
 }
@@ -124,6 +124,7 @@ void MainWindow::connect_controls() {
 }
 
 void MainWindow::render() {
+  render_queued_ = false;
   if (shut_down_) return;
   const MainView& view = form_.view();
 
