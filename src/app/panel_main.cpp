@@ -1,5 +1,6 @@
-// zenta-panel: the control panel's windows on the unit that ZENTA_UNIT
-// names (the USB unit by default). ZENTA_TRACE=FILE writes every exchange
+// zenta-panel [FILE]: the control panel's windows on the unit that ZENTA_UNIT
+// names (the USB unit by default); FILE (a HEX file or a source) opens as
+// FILE OPEN would open it. ZENTA_TRACE=FILE writes every exchange
 // to FILE; ZENTA_SCREENSHOTS=DIR saves a picture of each window to DIR and
 // ends.
 #include <QApplication>
@@ -43,6 +44,10 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName("ZENTA");
   QApplication::setWindowIcon(QIcon(":/zenta/zenta-panel.png"));
 
+  // The file a desktop hands over opens once the window is up.
+  const zenta::PanelArguments arguments = zenta::panel_arguments(QApplication::arguments());
+  if (!arguments.error.isEmpty()) return refuse(arguments.error.toStdString());
+
   zenta::DriverChoice choice = zenta::make_driver(zenta::unit_spec_from_environment());
   if (!choice.driver) return refuse(choice.error);
   zenta::UnitDriver* driver = choice.driver.get();
@@ -60,6 +65,7 @@ int main(int argc, char** argv) {
   // viewer models live here and are handed to the parts that use them.
   zenta::QtSettingsStore settings;
   zenta::QtHost host;
+  host.remember_dialogs_in(&settings);
   zenta::Unit unit(*driver, host);
   zenta::ToolSettings tools;
   zenta::BufferViewModel program_view = zenta::make_program_view();
@@ -73,6 +79,11 @@ int main(int argc, char** argv) {
 
   zenta::PanelWindows windows(form, parts, host, choice.simulated);
   windows.main_window().show();
+  if (!arguments.file.isEmpty()) {
+    QTimer::singleShot(0, &windows.main_window(), [&windows, file = arguments.file] {
+      windows.main_window().open_desktop_file(file);
+    });
+  }
 
   bool pictures_ok = true;
   if (const char* folder = std::getenv("ZENTA_SCREENSHOTS"); folder && *folder) {

@@ -24,6 +24,7 @@ void BufferViewModel::build(int labelled_rows) {
   std::fill(values_.begin(), values_.end(), -1);
   labelled_rows_ = std::clamp(labelled_rows, 0, rows_ - 1);
   loaded_ = true;
+  ++revision_;
 }
 
 ZENTA_STRING_RESTRICT_FALSE_ALARM_BEGIN
@@ -48,7 +49,10 @@ ZENTA_STRING_RESTRICT_FALSE_ALARM_END
 
 void BufferViewModel::set_value(int row, int column, std::int32_t value) {
   if (row < 1 || row >= rows_ || column < 1 || column > kDataColumns) return;
-  values_[static_cast<std::size_t>((row - 1) * kDataColumns + column - 1)] = value;
+  auto& cell = values_[static_cast<std::size_t>((row - 1) * kDataColumns + column - 1)];
+  if (cell == value) return;
+  cell = value;
+  ++revision_;
 }
 
 std::int32_t BufferViewModel::value(int row, int column) const {

@@ -31,6 +31,9 @@ class BufferViewModel {
   // Snapshot value of data cell (row >= 1, column >= 1); -1 when never filled.
   void set_value(int row, int column, std::int32_t value);
   std::int32_t value(int row, int column) const;
+  // Counts the changes of labels and cell values, so a window compares its
+  // snapshot only when there is something new to show.
+  std::uint64_t revision() const { return revision_; }
 
  private:
   int rows_;
@@ -39,6 +42,7 @@ class BufferViewModel {
   bool loaded_ = false;
   int labelled_rows_ = 0;
   std::vector<std::int32_t> values_;
+  std::uint64_t revision_ = 0;
 };
 
 // DATAVIEW: 515 rows, labels right-aligned in five characters.

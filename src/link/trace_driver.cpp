@@ -15,10 +15,23 @@ std::string format_bytes(const std::uint8_t* bytes, std::size_t count) {
   return text;
 }
 
+void TraceDriver::put_line(const std::string& line, bool failed) {
+  out_ << line << '\n';
+  if (failed || ++unflushed_lines_ >= kTraceFlushLines) {
+    out_.flush();
+    unflushed_lines_ = 0;
+  }
+}
+
 void TraceDriver::flush_pending() {
   if (pending_.empty()) return;
-  out_ << pending_ << '\n';
+  put_line(pending_, false);
   pending_.clear();
+}
+
+TraceDriver::~TraceDriver() {
+  flush_pending();
+  out_.flush();
 }
 
 void TraceDriver::close() {
@@ -33,8 +46,7 @@ std::int32_t TraceDriver::write(const std::uint8_t* buffer, std::int32_t length)
   std::string line =
       "TX " + format_bytes(buffer, static_cast<std::size_t>(length > 0 ? length : 0));
   if (result != length) {
-    out_ << line << " FAILED\n";
-    out_.flush();
+    put_line(line + " FAILED", true);
   } else {
     pending_ = std::move(line);
   }
@@ -46,9 +58,9 @@ std::int32_t TraceDriver::read(std::uint8_t* buffer, std::int32_t length) {
   std::string line = pending_.empty() ? std::string("TX -") : pending_;
   pending_.clear();
   line += " RX " + format_bytes(buffer, static_cast<std::size_t>(length > 0 ? length : 0));
-  if (result != length) line += " FAILED";
-  out_ << line << '\n';
-  out_.flush();
+  const bool failed = result != length;
+  if (failed) line += " FAILED";
+  put_line(line, failed);
   return result;
 }
 

@@ -15,7 +15,11 @@ bool Unit::read_firmware_version() {
 }
 
 Unit::Operation::Operation(Unit& unit) : unit_(unit), started_(!unit.busy_) {
-  if (started_) unit_.set_busy(true);
+  if (!started_) return;
+  // A unit lost by an earlier operation gets another chance: it may have
+  // been plugged in again, or been busy for a moment.
+  unit_.link_.clear_loss();
+  unit_.set_busy(true);
 }
 
 Unit::Operation::~Operation() {

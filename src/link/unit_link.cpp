@@ -30,6 +30,20 @@ std::string driver_result_text(std::int32_t result) {
   return "NG(" + std::to_string(result) + ")";
 }
 
+std::string link_loss_text(LinkLoss loss) {
+  switch (loss) {
+    case LinkLoss::kUnplugged:
+      return "The unit was unplugged. The operation has ended; plug the unit in and start "
+             "again.";
+    case LinkLoss::kStoppedAnswering:
+      return "The unit stopped answering. The operation has ended; unplug the unit, plug it in "
+             "again and start again.";
+    case LinkLoss::kNone:
+      break;
+  }
+  return "";
+}
+
 UnitLink::UnitLink(UnitDriver& driver, Host& host) : driver_(driver), host_(host) {}
 
 void UnitLink::set_USBMSG(std::string text) {
@@ -42,11 +56,8 @@ std::int16_t UnitLink::SENDCMD(std::uint8_t b0, std::uint8_t b1, std::uint8_t b2
   ++exchanges_;
   TxBuffer.fill(0);
   TxBuffer = {b0, b1, b2, b3, b4, b5, b6, b7};
-  if (driver_.write(TxBuffer.data(), kPacketSize) != kPacketSize) {
-    ++failures_;
-    set_USBMSG("Write NG!:");
-    host_.message_box("USB Write Error", "USB ERROR", MessageIcon::kStop);
-    return kLinkFailed;
+  if (lost() || driver_.write(TxBuffer.data(), kPacketSize) != kPacketSize) {
+    return fail("Write NG!:", "USB Write Error");
   }
   set_USBMSG("Write OK!:");
   return read_reply("USB Read Error");
@@ -58,16 +69,32 @@ std::int16_t UnitLink::RCVUSB() {
 
 std::int16_t UnitLink::read_reply(const char* failure_text) {
   std::fill(RxBuffer.begin(), RxBuffer.begin() + 8, std::uint8_t{0});
-  if (driver_.read(RxBuffer.data(), kPacketSize) != kPacketSize) {
-    ++failures_;
-    set_USBMSG("Read NG!:");
-    host_.message_box(failure_text, "USB ERROR", MessageIcon::kStop);
-    return kLinkFailed;
+  if (lost() || driver_.read(RxBuffer.data(), kPacketSize) != kPacketSize) {
+    return fail("Read NG!:", failure_text);
   }
+  consecutive_failures_ = 0;
   set_USBMSG("Read OK!:");
   reply_text.append(RxBuffer.data(), 8);
   std::copy(RxBuffer.begin(), RxBuffer.begin() + 8, RxPacket.begin());
   return kLinkOk;
+}
+
+std::int16_t UnitLink::fail(const char* status, const char* box_text) {
+  ++failures_;
+  if (lost()) return kLinkFailed;
+  set_USBMSG(status);
+  ++consecutive_failures_;
+  if (driver_.condition() == UnitCondition::kGone) {
+    loss_ = LinkLoss::kUnplugged;
+  } else if (consecutive_failures_ >= kLossFailures) {
+    loss_ = LinkLoss::kStoppedAnswering;
+  }
+  if (lost()) {
+    host_.message_box(link_loss_text(loss_), "USB ERROR", MessageIcon::kStop);
+  } else if (consecutive_failures_ == 1) {
+    host_.message_box(box_text, "USB ERROR", MessageIcon::kStop);
+  }
+  return kLinkFailed;
 }
 
 std::int32_t UnitLink::open_driver() {

@@ -36,6 +36,21 @@ std::string driver_result_text(std::int32_t result);
 
 enum LinkStatus : std::int16_t { kLinkOk = 0, kLinkFailed = 1 };
 
+// Why the link gave up on the unit during an operation.
+enum class LinkLoss {
+  kNone,
+  kStoppedAnswering,  // kLossFailures exchanges in a row failed
+  kUnplugged,         // the driver says the unit is gone
+};
+
+// Consecutive failed exchanges after which the unit counts as lost. One
+// failure is a glitch worth its message box; a run of them, each waiting
+// for the driver's timeout, is a unit that is not coming back.
+inline constexpr int kLossFailures = 3;
+
+// The one message box that tells the user the unit was lost.
+std::string link_loss_text(LinkLoss loss);
+
 class UnitLink {
  public:
   UnitLink(UnitDriver& driver, Host& host);
@@ -71,6 +86,19 @@ class UnitLink {
   // Called whenever the status box changes, so a window can repaint it.
   std::function<void()> on_status_changed;
 
+  // Once the unit is lost the link sends nothing more and shows no more
+  // boxes: every exchange fails at once, so a long operation ends at its
+  // next pause instead of waiting out a timeout per packet. The first
+  // failure of a run still shows its box; a unit found unplugged shows the
+  // loss message instead, so the user sees one box.
+  LinkLoss loss() const { return loss_; }
+  bool lost() const { return loss_ != LinkLoss::kNone; }
+  // A new operation tries the unit again.
+  void clear_loss() {
+    loss_ = LinkLoss::kNone;
+    consecutive_failures_ = 0;
+  }
+
   std::uint64_t exchanges() const { return exchanges_; }
   // Failed exchanges since the link was made; callers that must know whether
   // a whole operation went through compare it before and after.
@@ -78,12 +106,17 @@ class UnitLink {
 
  private:
   std::int16_t read_reply(const char* failure_text);
+  // Counts a failed exchange, decides whether the unit is lost and shows
+  // the box the failure calls for.
+  std::int16_t fail(const char* status, const char* box_text);
 
   UnitDriver& driver_;
   Host& host_;
   std::string usbmsg_ = "USB message";
   std::uint64_t exchanges_ = 0;
   std::uint64_t failures_ = 0;
+  int consecutive_failures_ = 0;
+  LinkLoss loss_ = LinkLoss::kNone;
 };
 
 }  // namespace zenta

@@ -22,6 +22,7 @@ MainForm::MainForm(const PanelParts& parts)
   // the commands that would send are shown disabled until it is free.
   busy_listener_ = unit_.subscribe([this](bool busy) {
     view_.busy = busy;
+    if (busy) pauses_.reset();
     if (!busy) view_.progress = Progress{};
     changed();
   });
@@ -144,6 +145,7 @@ void MainForm::stop_box(const std::string& text, const std::string& title) {
 }
 
 void MainForm::let_events_run() {
+  if (!pauses_.due()) return;
   changed();
   host_.process_events();
 }

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "common/event_pacer.h"
 #include "common/host.h"
 #include "common/settings_store.h"
 #include "image/buffer_view.h"
@@ -105,12 +106,18 @@ class MainForm : private OperationReport {
 
   // ---- HEX loading and file choice; false when the file could not be loaded ----
   bool F_OpenButton_Click();
+  // A file handed over from the desktop (the panel's argument, a drop onto
+  // the window): what FILE OPEN does with the file the dialog returns.
+  bool open_file(const std::string& path);
   bool HexSet_Button_Click();
   bool LOAD_HEX();
 
   // Runs one named procedure inside the unit's guard, reporting on this
   // view; false when another operation holds the unit.
   bool run_procedure(const std::function<void(ChipOperations&)>& procedure);
+
+  // The home-page links and menu item.
+  void HomePage_Click();
 
   // ---- buffer viewers ----
   void Buffer_view_Click();
@@ -145,6 +152,7 @@ class MainForm : private OperationReport {
   void load_tool_settings();
   void read_devid(ChipOperations& ops);
   bool load_hex();
+  bool open_chosen_file(const std::string& path);
   void buffer_view_command();
   void read_ad_channel0();
   // The unit controls take the unit when it is free; while an operation
@@ -168,6 +176,9 @@ class MainForm : private OperationReport {
   std::int16_t reset_state_ = 0;
   int busy_listener_ = -1;
   bool stop_requested_ = false;
+  // An operation's pauses repaint and let events run at most about sixty
+  // times a second.
+  EventPacer pauses_;
   // The option patterns of the selected device; all zero masks before the
   // first selection, which clear the word as an unselected device should.
   ConfigOptionPatterns patterns_{};

@@ -4,6 +4,7 @@
 #include "image/hex_check.h"
 #include "image/hex_loader.h"
 #include "panel/main_form.h"
+#include "panel/shell.h"
 #include "programming/config_word.h"
 
 namespace zenta {
@@ -97,6 +98,16 @@ bool MainForm::F_OpenButton_Click() {
   if (!operation) return false;
   const std::string path = host_.open_file_dialog(kFileFilter);
   if (path.empty()) return false;
+  return open_chosen_file(path);
+}
+
+bool MainForm::open_file(const std::string& path) {
+  Unit::Operation operation(unit_);
+  if (!operation || path.empty()) return false;
+  return open_chosen_file(path);
+}
+
+bool MainForm::open_chosen_file(const std::string& path) {
   view_.FilenameTextbox = path;
   const std::string last3 = path.size() >= 3 ? path.substr(path.size() - 3) : path;
   const char last = path.back();
@@ -135,6 +146,10 @@ bool MainForm::HexSet_Button_Click() {
   }
   view_.TEST = state_.HexFileName;
   return load_hex();
+}
+
+void MainForm::HomePage_Click() {
+  open_homepage(host_, homepage_url(settings_));
 }
 
 }  // namespace zenta

@@ -48,8 +48,22 @@ std::string firmware_version_text(const std::string& firmware_version) {
   return "Firmware version " + character(7) + "." + character(8);
 }
 
-void open_homepage(Host& host) {
-  if (!host.open_url(kHomePageUrl)) host.beep();
+std::string installed_homepage_url() {
+  std::string path = ZENTA_DATA_DIR "/zenta.html";
+  for (char& c : path) {
+    if (c == '\\') c = '/';
+  }
+  // A Windows path starts with its drive letter and needs a third slash.
+  return (path.starts_with('/') ? "file://" : "file:///") + path;
+}
+
+std::string homepage_url(SettingsStore& settings) {
+  std::string url = settings.get(kSettingsApp, kPanelSection, kHomePageKey);
+  return url.empty() ? installed_homepage_url() : url;
+}
+
+void open_homepage(Host& host, const std::string& url) {
+  if (!host.open_url(url)) host.beep();
 }
 
 const std::vector<std::string>& calculator_candidates() {

@@ -7,12 +7,18 @@
 
 #include "common/file_names.h"
 #include "common/host.h"
+#include "common/settings_store.h"
 
 namespace zenta {
 
-// The maker's home page, shown in the version window and the main window's
-// link label, and opened by the HomePage item.
+// The maker's home page as the version window and the main window's link
+// label show it. That address does not resolve, so the links open
+// homepage_url() instead.
 inline constexpr const char* kHomePageUrl = "https://korvan.example/zenta/";
+// The panel's section key that names another page for the links.
+inline constexpr const char* kHomePageKey = "HOMEPAGE";
+// The documentation page installed with the panel, as a file address.
+std::string installed_homepage_url();
 // The version window's notice line.
 inline constexpr const char* kNoticeLine = "Free to use and share. No warranty of any kind.";
 inline constexpr const char* kHelpFileName = "ZENTA.TXT";
@@ -57,9 +63,13 @@ std::string panel_version_text();  // "Version 1.1"
 // characters count as empty.
 std::string firmware_version_text(const std::string& firmware_version);
 
-// Opens the home page in the default browser. A browser that cannot be
-// started is only a beep: the panel goes on.
-void open_homepage(Host& host);
+// The page the home-page links open: the settings' HOMEPAGE when given,
+// else the installed documentation page.
+std::string homepage_url(SettingsStore& settings);
+
+// Opens the page in the default browser. A browser that cannot be started
+// is only a beep: the panel goes on.
+void open_homepage(Host& host, const std::string& url);
 
 // The desktop calculators tried in order; the first that starts wins.
 const std::vector<std::string>& calculator_candidates();

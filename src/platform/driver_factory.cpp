@@ -118,6 +118,7 @@ constexpr SimOption kSimOptions[] = {
     {"fail-read", "an exchange number from 1", fault<&sim::SimUnit::fail_read_at>},
     {"short-read", "an exchange number from 1", fault<&sim::SimUnit::short_transfer_at>},
     {"unplug", "an exchange number from 1", fault<&sim::SimUnit::unplug_at>},
+    {"silent", "an exchange number from 1", fault<&sim::SimUnit::fall_silent_at>},
 };
 
 std::string sim_option_names() {

@@ -26,7 +26,7 @@ struct DriverChoice {
 // unit with that serial number), "sim" (a 16F877A in the socket) or
 // "sim:CHIP[,option=value...]" (a chip of the simulated unit's ID table,
 // "none" for an empty socket; options freq=HZ, latency=1ms, and the faults
-// fail-write=N, fail-read=N, short-read=N, unplug=N that strike exchange N).
+// fail-write=N, fail-read=N, short-read=N, unplug=N, silent=N that strike exchange N).
 // Anything else gives a null driver and the reason in error; so does a
 // malformed ZENTA_USB_ID for "usb".
 DriverChoice make_driver(const std::string& unit);

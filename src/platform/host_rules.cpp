@@ -121,4 +121,25 @@ LaunchCommand resolve_launch(const std::string& command_line,
   return launch;
 }
 
+DialogStart dialog_start(const std::string& remembered_folder, const std::string& remembered_filter,
+                         const std::vector<std::string>& name_filters,
+                         const std::string& current_folder,
+                         const std::function<bool(const std::string&)>& folder_exists) {
+  DialogStart start;
+  const bool folder_there = !remembered_folder.empty() && folder_exists(remembered_folder);
+  start.folder = folder_there ? remembered_folder : current_folder;
+  for (const std::string& filter : name_filters) {
+    if (filter == remembered_filter) start.filter = filter;
+  }
+  return start;
+}
+
+std::string dialog_folder_key(const std::string& kind) {
+  return kind + "_FOLDER";
+}
+
+std::string dialog_filter_key(const std::string& kind) {
+  return kind + "_FILTER";
+}
+
 }  // namespace zenta

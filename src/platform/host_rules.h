@@ -23,6 +23,23 @@ std::vector<DialogFilter> parse_dialog_filter(const std::string& filter, bool ca
 // A choice as a name filter of the usual dialog form: "HEX FILES (*.hex *.HEX)".
 std::string name_filter_text(const DialogFilter& filter);
 
+// Where a file dialog opens and which of its filters it shows first. The
+// panel's section keeps the folder and the filter each kind of dialog
+// ("OPEN", "SAVE") ended with last, under OPEN_FOLDER, OPEN_FILTER and so on.
+struct DialogStart {
+  std::string folder;
+  std::string filter;  // one of the dialog's name filters; empty for its first
+};
+// The remembered folder while it still exists, else `current_folder`; the
+// remembered filter when this dialog offers it (the open and the export
+// dialogs offer different ones).
+DialogStart dialog_start(const std::string& remembered_folder, const std::string& remembered_filter,
+                         const std::vector<std::string>& name_filters,
+                         const std::string& current_folder,
+                         const std::function<bool(const std::string&)>& folder_exists);
+std::string dialog_folder_key(const std::string& kind);
+std::string dialog_filter_key(const std::string& kind);
+
 // A program to start and its arguments.
 struct LaunchCommand {
   std::string program;

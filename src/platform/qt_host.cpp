@@ -61,15 +61,36 @@ void QtHost::beep() {
 
 std::string QtHost::open_file_dialog(const std::string& filter) {
   if (open_dialog_hook) return open_dialog_hook(filter);
-  const QString path =
-      QFileDialog::getOpenFileName(parent_, "Open", QDir::currentPath(), name_filters(filter));
-  return QDir::toNativeSeparators(path).toStdString();
+  return file_dialog(false, filter);
 }
 
 std::string QtHost::save_file_dialog(const std::string& filter) {
   if (save_dialog_hook) return save_dialog_hook(filter);
+  return file_dialog(true, filter);
+}
+
+std::string QtHost::file_dialog(bool save, const std::string& filter) {
+  const std::string kind = save ? "SAVE" : "OPEN";
+  const QString filters = name_filters(filter);
+  std::vector<std::string> choices;
+  for (const QString& choice : filters.split(";;")) choices.push_back(choice.toStdString());
+  const auto remembered = [&](const std::string& key) {
+    return dialog_store_ ? dialog_store_->get(kSettingsApp, kPanelSection, key) : std::string();
+  };
+  const DialogStart start =
+      dialog_start(remembered(dialog_folder_key(kind)), remembered(dialog_filter_key(kind)),
+                   choices, QDir::currentPath().toStdString(),
+                   [](const std::string& folder) { return QFileInfo(q(folder)).isDir(); });
+  QString selected = q(start.filter);
   const QString path =
-      QFileDialog::getSaveFileName(parent_, "Save", QDir::currentPath(), name_filters(filter));
+      save ? QFileDialog::getSaveFileName(parent_, "Save", q(start.folder), filters, &selected)
+           : QFileDialog::getOpenFileName(parent_, "Open", q(start.folder), filters, &selected);
+  if (!path.isEmpty() && dialog_store_ != nullptr) {
+    dialog_store_->save(kSettingsApp, kPanelSection, dialog_folder_key(kind),
+                        QFileInfo(path).absolutePath().toStdString());
+    dialog_store_->save(kSettingsApp, kPanelSection, dialog_filter_key(kind),
+                        selected.toStdString());
+  }
   return QDir::toNativeSeparators(path).toStdString();
 }
 

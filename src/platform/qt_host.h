@@ -8,6 +8,7 @@
 #include <string>
 
 #include "common/host.h"
+#include "common/settings_store.h"
 #include "platform/qt_window_manager.h"
 
 namespace zenta {
@@ -31,6 +32,10 @@ class QtHost : public Host {
   QtWindowManager& windows() { return windows_; }
   // Parent of message boxes and dialogs (the main window), when there is one.
   void set_dialog_parent(QWidget* parent) { parent_ = parent; }
+  // The file dialogs open where the last one of their kind ended, with its
+  // filter, kept in the panel's section of `store`; without a store they
+  // open in the current folder.
+  void remember_dialogs_in(SettingsStore* store) { dialog_store_ = store; }
 
   // ---- replacements, for tests ----
   std::function<void(const std::string& text, const std::string& title, MessageIcon icon)>
@@ -44,7 +49,10 @@ class QtHost : public Host {
   std::function<void()> before_events;
 
  private:
+  std::string file_dialog(bool save, const std::string& filter);
+
   QWidget* parent_ = nullptr;
+  SettingsStore* dialog_store_ = nullptr;
   QtWindowManager windows_;
 };
 

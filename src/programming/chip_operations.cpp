@@ -13,7 +13,7 @@ namespace zenta {
 
 bool ChipOperations::pause() {
   report_.let_events_run();
-  return report_.stop_requested();
+  return stop_requested();
 }
 
 void ChipOperations::set_supply(bool on) {
@@ -77,7 +77,7 @@ void ChipOperations::WRITE_PROG() {
   }
   leave_programming_mode(link_, LeaveMode::kAfterWrite);
   report_.progress(0, 0);
-  if (report_.stop_requested()) return report_.notes(kStoppedText, kRed);
+  if (stop_requested()) return report_.notes(kStoppedText, kRed);
   report_.notes("Write Complete", kWhite);
 }
 
@@ -115,7 +115,7 @@ VerifyResult ChipOperations::VERIFY_PROG() {
   }
   leave_programming_mode(link_, LeaveMode::kAfterWrite);
   report_.progress(0, 0);
-  if (report_.stop_requested()) {
+  if (stop_requested()) {
     report_.notes(kStoppedText, kRed);
     return {};
   }
@@ -213,7 +213,7 @@ ReadResult ChipOperations::READ_PROG(std::int16_t end_address) {
   leave_programming_mode(link_, LeaveMode::kAfterRead);
   state_.WaitTicks = 0;
   report_.progress(0, 0);
-  if (report_.stop_requested()) {
+  if (stop_requested()) {
     report_.notes(kStoppedText, kRed);
     return {a, true};
   }
@@ -241,14 +241,14 @@ ReadResult ChipOperations::READ_EE() {
     link_.SENDCMD(ICSP_INC_ADDR, 0);
     // The EEPROM read lets no events run, but an interrupted program
     // still ends it between groups.
-    if (report_.stop_requested()) {
+    if (stop_requested()) {
       stopped = true;
       break;
     }
   } while (e < last);
   leave_programming_mode(link_, LeaveMode::kAfterRead);
   state_.WaitTicks = 0;
-  if (report_.stop_requested()) {
+  if (stop_requested()) {
     report_.notes(kStoppedText, kRed);
     return {e, true};
   }

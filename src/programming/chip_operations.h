@@ -78,6 +78,10 @@ class ChipOperations {
   // may then run to the chip's end without touching what lies past it.
   bool step_over_blank_words = false;
 
+  // True when the operation must end early: the front end asks it to stop,
+  // or the unit was lost (then the rest of the operation sends nothing).
+  bool stop_requested() { return report_.stop_requested() || link_.lost(); }
+
   // Supply and LED with their captions.
   void set_supply(bool on);
   void set_led(bool on);

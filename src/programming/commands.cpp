@@ -60,9 +60,9 @@ CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_ad
   ops.CHIP_ERASE();
   ops.WRITE_PROG();
   // An interrupted write skips the rest but still powers the target down.
-  result.stopped = ops.report().stop_requested();
+  result.stopped = ops.stop_requested();
   if (!result.stopped) result.mismatch = ops.VERIFY_PROG().mismatch;
-  result.stopped = ops.report().stop_requested();
+  result.stopped = ops.stop_requested();
   if (!result.stopped) result.config = ops.WRITE_CONFIG();
   ops.set_supply(false);
   ops.set_led(false);
@@ -85,7 +85,7 @@ CommandResult run_verify(ChipOperations& ops) {
   ops.set_led(true);
   ops.set_supply(true);
   result.mismatch = ops.VERIFY_PROG().mismatch;
-  result.stopped = ops.report().stop_requested();
+  result.stopped = ops.stop_requested();
   ops.set_supply(false);
   ops.set_led(false);
   result.failed_exchanges = failures.failed();
@@ -114,7 +114,7 @@ CommandResult run_read(ChipOperations& ops, std::optional<std::int16_t> end_addr
   ops.set_led(true);
   ops.set_supply(true);
   result.read = ops.READ_PROG(*end_address);
-  result.stopped = ops.report().stop_requested();
+  result.stopped = ops.stop_requested();
   ops.set_supply(false);
   ops.set_led(false);
   ops.state().DataLoaded = 0;
@@ -128,7 +128,7 @@ CommandResult run_read_eeprom(ChipOperations& ops) {
   ops.set_led(true);
   ops.set_supply(true);
   result.read = ops.READ_EE();
-  result.stopped = ops.report().stop_requested();
+  result.stopped = ops.stop_requested();
   ops.set_supply(false);
   ops.set_led(false);
   ops.state().WaitTicks = 0;
@@ -192,7 +192,7 @@ CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<i
     }
     report.progress(std::min(a + 4, total), total);
     report.let_events_run();
-    result.stopped = report.stop_requested();
+    result.stopped = ops.stop_requested();
   }
   leave_programming_mode(link, LeaveMode::kAfterWrite);
   report.progress(0, 0);

@@ -13,7 +13,8 @@ namespace zenta {
 
 struct CommandResult {
   bool refused = false;  // did not start; the reason has been shown
-  bool stopped = false;  // asked to stop; ended as after a failure
+  // Asked to stop, or the unit was lost (UnitLink::loss()); ended as after a failure.
+  bool stopped = false;
   std::uint64_t failed_exchanges = 0;
   std::optional<VerifyMismatch> mismatch;
   std::optional<ConfigResult> config;

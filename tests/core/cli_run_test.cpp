@@ -9,6 +9,7 @@
 #include "image/hex_writer.h"
 #include "link/command_codes.h"
 #include "link/sim/sim_unit.h"
+#include "platform/udev_rule.h"
 #include "scripted_driver.h"
 #include "temp_dir.h"
 
@@ -184,6 +185,44 @@ TEST(CliRunTest, FailuresGiveTheirExitStatus) {
   choice.driver.reset(scripted);
   EXPECT_EQ(run_on(choice, {"--sim-memory", "m.txt", "id"}).status, kExitUsage);
   EXPECT_EQ(scripted->opens, 0);
+}
+
+// A driver that cannot open and says why, as the usb driver does.
+class RefusingDriver : public zenta::testing::ScriptedDriver {
+ public:
+  std::string hint;
+  std::string open_failure_hint() const override { return hint; }
+};
+
+TEST(CliRunTest, UnitNotFoundCarriesTheDriversHint) {
+  const struct {
+    std::string hint;
+    const char* says;
+  } cases[] = {
+      {"The unit 1209:5a4e is in use by another program.", "in use by another program"},
+      {"The unit 1209:5a4e is plugged in, but this user may not use it.", "may not use it"},
+      {"", "Plug the unit in and check that you may use it"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.says);
+    DriverChoice choice;
+    auto* driver = new RefusingDriver();
+    driver->open_result = kDriverOpenError;
+    driver->hint = c.hint;
+    choice.driver.reset(driver);
+    const Outcome result = run_on(choice, {"version"});
+    EXPECT_EQ(result.status, kExitNoUnit);
+    EXPECT_NE(result.err.find("Unit not Found"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find(c.says), std::string::npos) << result.err;
+  }
+}
+
+TEST(CliRunTest, UdevRulePrintsTheRuleForTheUnitsId) {
+  std::ostringstream out, err;
+  ASSERT_TRUE(parse_arguments({"udev-rule"}).ok());
+  EXPECT_EQ(run(parse_arguments({"udev-rule"}).options, out, err, false), kExitOk);
+  EXPECT_EQ(out.str(), udev_rule_text());
+  EXPECT_FALSE(parse_arguments({"--unit", "sim", "udev-rule"}).ok());
 }
 
 }  // namespace

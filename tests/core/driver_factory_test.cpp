@@ -62,7 +62,7 @@ TEST(DriverFactoryTest, SimulatedFaultsFromTheUnitText) {
       {"sim:16F877A,explode=1",
        {},
        "unknown option 'explode=1' for the simulated unit (use "
-       "freq=N, latency=N, fail-write=N, fail-read=N, short-read=N, unplug=N)"},
+       "freq=N, latency=N, fail-write=N, fail-read=N, short-read=N, unplug=N, silent=N)"},
       {"sim:16F877A,", {}, "unknown option ''"},
       {"sim:16F999,fail-read=1", {}, "unknown chip '16F999'"},
   };

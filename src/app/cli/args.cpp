@@ -25,6 +25,7 @@ constexpr CommandInfo kCommands[] = {
     {"read", Command::kRead, 0, ""},
     {"read-eeprom", Command::kReadEeprom, 0, ""},
     {"units", Command::kUnits, 0, ""},
+    {"udev-rule", Command::kUdevRule, 0, ""},
     {"capture", Command::kCapture, 0, ""},
     {"volts", Command::kVolts, 0, ""},
     {"freq", Command::kFreq, 0, ""},
@@ -253,8 +254,11 @@ ParseResult parse_arguments(const std::vector<std::string>& args) {
   } else if (expected == 2) {
     options.hex_file = operands[1];
   }
-  if (options.command == Command::kUnits && !options.units.empty()) {
-    result.error = "'units' lists every unit; it takes no --unit";
+  if ((options.command == Command::kUnits || options.command == Command::kUdevRule) &&
+      !options.units.empty()) {
+    result.error = options.command == Command::kUnits
+                       ? "'units' lists every unit; it takes no --unit"
+                       : "'udev-rule' takes no --unit";
     return result;
   }
 
@@ -294,6 +298,8 @@ Commands:
   read-eeprom [-o FILE.hex]   read the data EEPROM; print a hex table or save INHX8M
                               (byte i at byte address 4200 + 2i, as gputils puts it)
   units                       list the units plugged in on USB
+  udev-rule                   print the udev rule that lets a user open the unit
+                              (for /etc/udev/rules.d/60-zenta.rules; ZENTA_USB_ID applies)
   capture [--period N] [--edge pos|neg] [-o FILE.vcd|FILE.csv]
                               480 logic samples, one every N x 0.1 ms (N 0 to 100)
   volts [--channel vpp|sab|vin] [--att X]

@@ -22,6 +22,7 @@ enum class Command {
   kRead,
   kReadEeprom,
   kUnits,
+  kUdevRule,  // prints the udev rule for the unit's USB id; no unit needed
   kCapture,
   kVolts,
   kFreq,

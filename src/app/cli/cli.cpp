@@ -18,6 +18,7 @@
 #include "link/trace_driver.h"
 #include "link/unit.h"
 #include "platform/driver_factory.h"
+#include "platform/udev_rule.h"
 #include "platform/usb_units.h"
 
 #ifdef _WIN32
@@ -114,6 +115,20 @@ int run_program_version(std::ostream& out) {
   return kExitOk;
 }
 
+// The rule for the id the usb driver would look for, so a unit under
+// another id (ZENTA_USB_ID) gets a rule that matches it.
+int print_udev_rule(std::ostream& out, [[maybe_unused]] std::ostream& err) {
+#ifdef ZENTA_HAVE_LIBUSB
+  std::string error;
+  const auto id = usb_id_from_environment(error);
+  if (!id) return usage_error(err, error);
+  out << udev_rule_text(*id);
+#else
+  out << udev_rule_text();
+#endif
+  return kExitOk;
+}
+
 int list_plugged_units(const Options& options, std::ostream& out, std::ostream& err) {
   std::vector<PluggedUnit> units;
 #ifdef ZENTA_HAVE_LIBUSB
@@ -204,9 +219,14 @@ int run_unit(const Options& options, DriverChoice& choice, const std::string& na
   // (supply on, LED off, stored device) is the panel's idle state, not a
   // command's. The panel's stored settings are never touched.
   if (unit.open() != kDriverOk) {
-    return fail_early("Unit not Found (" + unit.link().USBMSG() +
-                          ")\nPlug the unit in and check that you may use it (permissions, udev "
-                          "rules),\nor use --unit sim for the simulated unit.",
+    // The driver tells absent, busy and not permitted apart; without its
+    // word the general advice stands.
+    std::string hint = unit.link().open_failure_hint();
+    if (hint.empty()) {
+      hint = "Plug the unit in and check that you may use it (permissions, udev rules).";
+    }
+    return fail_early("Unit not Found (" + unit.link().USBMSG() + ")\n" + hint +
+                          "\nOr use --unit sim for the simulated unit.",
                       kExitNoUnit);
   }
   // With --json the data go into the record only.
@@ -280,6 +300,7 @@ int run(const Options& options, std::ostream& out, std::ostream& err, bool err_t
   }
   if (options.command == Command::kProgramVersion) return run_program_version(out);
   if (options.command == Command::kUnits) return list_plugged_units(options, out, err);
+  if (options.command == Command::kUdevRule) return print_udev_rule(out, err);
   if (options.units.size() > 1) return run_several(options, out, err);
   const std::string unit = options.units.empty() ? default_unit() : options.units[0];
   DriverChoice choice = make_driver(unit);

@@ -40,7 +40,10 @@ int conclude(Session& s, const CommandResult& result) {
     record.mismatch =
         Mismatch{result.mismatch->address, result.mismatch->expected, result.mismatch->read};
   }
-  if (result.stopped) {
+  if (const LinkLoss loss = s.unit.link().loss(); loss != LinkLoss::kNone) {
+    record.fail(loss == LinkLoss::kUnplugged ? "the unit was unplugged during the command"
+                                             : "the unit stopped answering during the command");
+  } else if (result.stopped) {
     record.fail("interrupted; the unit left programming mode and switched the target off",
                 "interrupted");
   } else if (result.refused) {

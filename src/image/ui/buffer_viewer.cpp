@@ -51,9 +51,11 @@ void BufferTableModel::take_snapshot() {
     }
   }
   shown_labelled_rows_ = view_.labelled_rows();
+  shown_revision_ = view_.revision();
 }
 
 void BufferTableModel::refresh() {
+  if (view_.revision() == shown_revision_) return;
   if (view_.labelled_rows() != shown_labelled_rows_) {
     beginResetModel();
     take_snapshot();
@@ -74,6 +76,7 @@ void BufferTableModel::refresh() {
       last = r;
     }
   }
+  shown_revision_ = view_.revision();
   if (first >= 0) emit dataChanged(index(first, 0), index(last, columns - 1), {Qt::DisplayRole});
 }
 

@@ -26,7 +26,8 @@ class BufferTableModel : public QAbstractTableModel {
 
   // Tells the table what changed since the last refresh: a new build
   // (labels) resets it, changed cells repaint. Comparing the snapshot is a
-  // few microseconds, so it may run at every render of the panel.
+  // few microseconds, and only runs when the view's revision moved, so it
+  // may run at every render of the panel.
   void refresh();
 
  private:
@@ -35,6 +36,7 @@ class BufferTableModel : public QAbstractTableModel {
   const BufferViewModel& view_;
   std::vector<std::int32_t> shown_;
   int shown_labelled_rows_ = -1;
+  std::uint64_t shown_revision_ = 0;
 };
 
 class BufferViewer : public QWidget {

@@ -138,6 +138,8 @@ struct SimUnit::Impl {
   std::set<std::uint64_t> read_faults;
   std::set<std::uint64_t> short_reads;
   std::uint64_t unplug_at = 0;  // 0: never
+  std::uint64_t silent_at = 0;  // 0: never
+  bool silent = false;
   ReadFault pending_read_fault = ReadFault::kNone;
 };
 

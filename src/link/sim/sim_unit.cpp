@@ -129,6 +129,7 @@ std::int32_t SimUnit::write(const std::uint8_t* buffer, std::int32_t length) {
   Impl& unit = *impl_;
   const std::uint64_t exchange = ++unit.writes;
   if (unit.unplug_at != 0 && exchange >= unit.unplug_at) unit.unplugged = true;
+  if (unit.silent_at != 0 && exchange >= unit.silent_at) unit.silent = true;
   unit.pending_read_fault = unit.read_faults.count(exchange)   ? ReadFault::kFail
                             : unit.short_reads.count(exchange) ? ReadFault::kShort
                                                                : ReadFault::kNone;
@@ -139,7 +140,8 @@ std::int32_t SimUnit::write(const std::uint8_t* buffer, std::int32_t length) {
   std::int32_t result = kPacketSize;
   if (unit.unplugged) {
     result = kUnpluggedResult;
-  } else if (buffer == nullptr || length != kPacketSize || unit.write_faults.count(exchange)) {
+  } else if (unit.silent || buffer == nullptr || length != kPacketSize ||
+             unit.write_faults.count(exchange)) {
     result = 0;
   }
   // The panel may run on the simulated unit for hours: the trace keeps the
@@ -167,6 +169,7 @@ std::int32_t SimUnit::write(const std::uint8_t* buffer, std::int32_t length) {
 std::int32_t SimUnit::read(std::uint8_t* buffer, std::int32_t length) {
   Impl& unit = *impl_;
   if (unit.unplugged) return kUnpluggedResult;
+  if (unit.silent) return 0;
   const ReadFault fault = unit.pending_read_fault;
   unit.pending_read_fault = ReadFault::kNone;
   if (fault != ReadFault::kNone && !unit.trace.empty()) unit.trace.back().ok = false;
@@ -262,6 +265,15 @@ void SimUnit::fail_read_at(int exchange) {
 void SimUnit::short_transfer_at(int exchange) {
   if (exchange > 0) impl_->short_reads.insert(static_cast<std::uint64_t>(exchange));
 }
+UnitCondition SimUnit::condition() const {
+  if (impl_->unplugged) return UnitCondition::kGone;
+  return impl_->silent ? UnitCondition::kNotAnswering : UnitCondition::kAnswering;
+}
+
+void SimUnit::fall_silent_at(int exchange) {
+  if (exchange > 0) impl_->silent_at = static_cast<std::uint64_t>(exchange);
+}
+
 void SimUnit::unplug() {
   impl_->unplugged = true;
 }

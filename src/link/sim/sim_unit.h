@@ -62,6 +62,8 @@ class SimUnit : public UnitDriver {
   void close() override;
   std::int32_t write(const std::uint8_t* buffer, std::int32_t length) override;
   std::int32_t read(std::uint8_t* buffer, std::int32_t length) override;
+  // Gone once unplugged; not answering once fallen silent.
+  UnitCondition condition() const override;
 
   // ---- the unit ----
   bool vcc() const;
@@ -101,6 +103,9 @@ class SimUnit : public UnitDriver {
   void short_transfer_at(int exchange);  // that read returns 7 bytes
   void unplug();                         // every later open returns -2, every write and read -1
   void unplug_at(int exchange);          // that exchange and every later one as unplug()
+  // From that exchange on every write and read times out (returns 0), as a
+  // unit whose firmware hung would.
+  void fall_silent_at(int exchange);
 
   // ---- memories outliving a run ----
   // Written to a temporary file beside `path` and renamed over it, so a

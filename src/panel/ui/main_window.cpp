@@ -23,6 +23,7 @@ MainWindow::MainWindow(MainForm& form, QtHost& host, bool simulated) : form_(for
 
   build_controls(panel);
   build_menus();
+  setAcceptDrops(true);
   connect_controls();
 
   host_.set_dialog_parent(this);
@@ -44,8 +45,8 @@ void MainWindow::schedule_render() {
   QMetaObject::invokeMethod(
       this,
       [this] {
-        render_queued_ = false;
-        render();
+        // A render since the request (an operation's pause) has shown it.
+        if (render_queued_) render();
       },
       Qt::QueuedConnection);
 }
@@ -119,10 +120,11 @@ void MainWindow::connect_controls() {
   connect(kage_, &ClickableLabel::clicked, this, [this] { run([this] { form_.kage_Click(); }); });
   connect(label_krvname_, &ClickableLabel::clicked, this,
           [this] { run([this] { form_.Label_KRVname_Click(); }); });
-  connect(label12_, &ClickableLabel::clicked, this, [this] { open_homepage(host_); });
+  connect(label12_, &ClickableLabel::clicked, this, [this] { form_.HomePage_Click(); });
 }
 
 void MainWindow::render() {
+  render_queued_ = false;
   if (shut_down_) return;
   const MainView& view = form_.view();
 

@@ -3,6 +3,7 @@
 // panel has always placed them. It forwards each event to the MainForm and
 // renders what the MainForm's view holds; it decides nothing itself.
 #include <QMainWindow>
+#include <QStringList>
 #include <QTimer>
 #include <array>
 #include <functional>
@@ -17,6 +18,14 @@ class QProgressBar;
 
 namespace zenta {
 
+// What the panel's command line asks for: at most one file, made absolute;
+// `error` says what is wrong with the arguments otherwise.
+struct PanelArguments {
+  QString file;
+  QString error;
+};
+PanelArguments panel_arguments(const QStringList& arguments);
+
 class MainWindow : public QMainWindow {
   Q_OBJECT
  public:
@@ -30,12 +39,18 @@ class MainWindow : public QMainWindow {
   void run(const std::function<void()>& handler);
 
   MainForm& form() { return form_; }
+  // Opens a file from the desktop (the panel's argument, a drop) as FILE
+  // OPEN opens the file its dialog returns; false when it did not load.
+  bool open_desktop_file(const QString& path);
   // Runs at the end of each render, for the windows that show the form's
   // buffers.
   std::function<void()> after_render;
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  // A file dropped from the desktop opens as FILE OPEN would open it.
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
 
  private:
   void build_controls(QWidget* panel);

@@ -72,7 +72,7 @@ void MainWindow::build_menus() {
   on(add_item(about, "HELP", "HELP", QKeySequence(Qt::Key_F1)),
      [this] { host_.show_window(WindowId::kHelp); });
   on(add_item(about, "VER", "Information"), [this] { host_.show_window(WindowId::kVersion); });
-  on(add_item(about, "HomePage_OPEN", "HomePage"), [this] { open_homepage(host_); });
+  on(add_item(about, "HomePage_OPEN", "HomePage"), [this] { form_.HomePage_Click(); });
 }
 
 }  // namespace zenta

@@ -27,7 +27,8 @@ PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host
     return new HelpWindow(host_, help_file_path(parts_.tools.AsmFolder), main);
   });
   windows.set_factory(WindowId::kVersion, [this, main] {
-    return new VersionWindow(host_, parts_.unit.FirmwareVersion(), main);
+    return new VersionWindow(host_, parts_.unit.FirmwareVersion(), homepage_url(parts_.settings),
+                             main);
   });
   windows.set_factory(WindowId::kSetup, [this, main] {
     return new SetupWindow(parts_.tools, parts_.settings, main);

@@ -7,7 +7,8 @@
 
 namespace zenta {
 
-VersionWindow::VersionWindow(Host& host, const std::string& firmware_version, QWidget* parent)
+VersionWindow::VersionWindow(Host& host, const std::string& firmware_version,
+                             const std::string& homepage, QWidget* parent)
     : QWidget(parent, Qt::Dialog) {
   setObjectName("ZENTA_VERFORM");
   setWindowTitle("Quillon V3");
@@ -37,8 +38,10 @@ VersionWindow::VersionWindow(Host& host, const std::string& firmware_version, QW
   QFont underlined = maker->font();
   underlined.setUnderline(true);
   maker->setFont(underlined);
-  connect(maker, &ClickableLabel::clicked, this, [&host] { open_homepage(host); });
-  make_label(this, "Label5", kHomePageUrl, {120, 106, 210, 18});
+  connect(maker, &ClickableLabel::clicked, this,
+          [&host, homepage] { open_homepage(host, homepage); });
+  make_label(this, "Label5", kHomePageUrl, {120, 106, 210, 18})
+      ->setToolTip(QString::fromStdString(homepage));
   QLabel* notice = make_label(this, "Label6", kNoticeLine, {12, 134, 314, 40});
   notice->setWordWrap(true);
 

@@ -11,7 +11,9 @@ namespace zenta {
 class VersionWindow : public QWidget {
   Q_OBJECT
  public:
-  VersionWindow(Host& host, const std::string& firmware_version, QWidget* parent);
+  // `homepage`: the address the maker's link opens (homepage_url()).
+  VersionWindow(Host& host, const std::string& firmware_version, const std::string& homepage,
+                QWidget* parent);
 };
 
 }  // namespace zenta
