@@ -119,3 +119,25 @@ TEST(HexWriterTest, GpdasmReadsTheFileBack) {
 
 }  // namespace
 }  // namespace zenta
+
+namespace zenta {
+namespace {
+
+// A read that stopped at word N writes words 0 to N-1 and not one more:
+// the buffer past N holds whatever was there before, not the chip's word.
+TEST(HexWriter, ProgramWordsStopBeforeTheCount) {
+  for (const int count : {0, 1, 5, 8}) {
+    SCOPED_TRACE(count);
+    ProgrammerState state;  // every word 0x0000: none is blank
+    std::vector<std::uint32_t> addresses;
+    for (const HexWord& word : program_hex_words(state, count)) {
+      addresses.push_back(word.address);
+    }
+    std::vector<std::uint32_t> expected;
+    for (int w = 0; w < count; ++w) expected.push_back(static_cast<std::uint32_t>(w));
+    EXPECT_EQ(addresses, expected);
+  }
+}
+
+}  // namespace
+}  // namespace zenta

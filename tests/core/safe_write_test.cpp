@@ -225,3 +225,58 @@ TEST(SafeWrite, AnImageLargerThanTheChipIsRefused) {
 
 }  // namespace
 }  // namespace zenta::testing
+
+namespace zenta::testing {
+namespace {
+
+// The pre-flight's own packets, up to the documented write's first (LED on):
+// the ID read with the target powered and, on calibrated chips, the reads of
+// the calibration word (four words a read up to 0x3FF) and of the
+// configuration word.
+TEST(SafeWrite, PreflightPacketsBeforeTheDocumentedWrite) {
+  using Packets = std::vector<Packet>;
+  const Packets enter = {{0x32, 0x00}, {0x31, 0x01}, {0x32, 0x02}};
+  auto seq = [](std::initializer_list<Packets> parts) {
+    Packets all;
+    for (const Packets& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+  };
+  const Packets id_read = seq({enter,
+                               {{0x00, 0x3F, 0xFF}},
+                               Packets(6, {0x06, 0x00}),
+                               {{0x38, 0x0A}, {0x04, 0x01}, {0x32, 0x01}, {0x31, 0x01}}});
+  Packets calibration_read = enter;
+  for (int group = 0; group < 0x3FC; group += 4) {
+    calibration_read.insert(calibration_read.end(), {{0x04, 0x04}, {0x06, 0x00}});
+  }
+  calibration_read.insert(calibration_read.end(), {{0x04, 0x04}, {0x32, 0x01}, {0x31, 0x02}});
+  const Packets config_read = seq({enter,
+                                   {{0x00, 0x3F, 0xFF}},
+                                   Packets(7, {0x06, 0x00}),
+                                   {{0x04, 0x01}, {0x32, 0x01}, {0x31, 0x02}}});
+  const Packets on = {{0x3A, 0x01}}, off = {{0x3A, 0x00}};
+  const struct {
+    const char* chip;
+    int device;
+    Packets preflight;
+  } cases[] = {
+      {"16F877A", 1, seq({on, id_read, off})},
+      {"12F675", 6, seq({on, id_read, off, on, calibration_read, config_read, off})},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.chip);
+    TempDir dir;
+    PanelRig rig(c.chip, c.device, false);
+    rig.host.open_answers = {sixteen_word_image(dir, 0x3F32)};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    rig.unit.clear_trace();
+    rig.form.WriteButton_Click();
+    Packets sent = rig.sent();
+    const auto led_on = std::find(sent.begin(), sent.end(), Packet{0x3B, 0x01});
+    ASSERT_NE(led_on, sent.end());
+    EXPECT_EQ(Packets(sent.begin(), led_on), c.preflight);
+  }
+}
+
+}  // namespace
+}  // namespace zenta::testing
