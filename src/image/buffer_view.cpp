@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "common/compiler.h"
 #include "common/number_text.h"
 
 namespace zenta {
@@ -27,8 +26,6 @@ void BufferViewModel::build(int labelled_rows) {
   ++revision_;
 }
 
-ZENTA_STRING_RESTRICT_FALSE_ALARM_BEGIN
-
 std::string BufferViewModel::cell(int row, int column) const {
   if (row < 0 || row >= rows_ || column < 0 || column >= columns()) return {};
   if (row == 0) return column == 0 ? std::string() : "+" + hex_text(column - 1);
@@ -44,8 +41,6 @@ std::string BufferViewModel::cell(int row, int column) const {
   if (words_) return hex_byte(v >> 8) + hex_byte(v) + " ";
   return hex_byte(v) + " ";
 }
-
-ZENTA_STRING_RESTRICT_FALSE_ALARM_END
 
 void BufferViewModel::set_value(int row, int column, std::int32_t value) {
   if (row < 1 || row >= rows_ || column < 1 || column > kDataColumns) return;

@@ -1,7 +1,6 @@
 // Configuration word editor, address boxes and the test-area toggle.
 // Every text change, typed or made by the panel, goes through the box's
 // Change method, so the panel's own changes get the same reaction.
-#include "common/compiler.h"
 #include "common/number_text.h"
 #include "panel/main_form.h"
 #include "programming/config_word.h"
@@ -80,8 +79,6 @@ void MainForm::StartAddrText_Change(const std::string& text) {
   changed();
 }
 
-ZENTA_STRING_RESTRICT_FALSE_ALARM_BEGIN
-
 void MainForm::kage_Click() {
   view_.width_twips = kFormWidthTwips;
   if (view_.kage_tag == "0") {
@@ -102,7 +99,5 @@ void MainForm::Label_KRVname_Click() {
   ++view_.size_request;
   changed();
 }
-
-ZENTA_STRING_RESTRICT_FALSE_ALARM_END
 
 }  // namespace zenta
