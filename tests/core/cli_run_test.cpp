@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "cli/cli.h"
+#include "cli_rig.h"
 #include "common/number_text.h"
 #include "image/hex_writer.h"
 #include "link/command_codes.h"
@@ -19,29 +20,9 @@ namespace {
 using Packet = std::array<std::uint8_t, 8>;
 using zenta::testing::TempDir;
 
-struct Outcome {
-  int status = -1;
-  std::string out, err;
-};
-
-Outcome run_on(DriverChoice& choice, const std::vector<std::string>& args) {
-  const ParseResult parsed = parse_arguments(args);
-  EXPECT_TRUE(parsed.ok()) << parsed.error;
-  std::ostringstream out, err;
-  const int status = run_with_driver(parsed.options, choice, out, err, false);
-  return {status, out.str(), err.str()};
-}
-
-// A simulated unit with `chip` in its socket, handed to the program.
-struct SimRun {
-  explicit SimRun(const std::string& chip) : unit(new sim::SimUnit(chip)) {
-    choice.driver.reset(unit);
-    choice.simulated = true;
-  }
-  Outcome operator()(const std::vector<std::string>& args) { return run_on(choice, args); }
-  sim::SimUnit* unit;
-  DriverChoice choice;
-};
+using testing::Outcome;
+using testing::run_on;
+using testing::SimRun;
 
 // The identification's packets: programming mode, configuration space,
 // six steps to the ID word, a pause, one word read, and back.
