@@ -39,6 +39,7 @@ std::string link_loss_text(LinkLoss loss) {
       return "The unit stopped answering. The operation has ended; unplug the unit, plug it in "
              "again and start again.";
     case LinkLoss::kNone:
+    case LinkLoss::kClosed:
       break;
   }
   return "";
@@ -84,6 +85,10 @@ std::int16_t UnitLink::fail(const char* status, const char* box_text) {
   if (lost()) return kLinkFailed;
   set_USBMSG(status);
   ++consecutive_failures_;
+  if (!stop_on_loss) {
+    host_.message_box(box_text, "USB ERROR", MessageIcon::kStop);
+    return kLinkFailed;
+  }
   if (driver_.condition() == UnitCondition::kGone) {
     loss_ = LinkLoss::kUnplugged;
   } else if (consecutive_failures_ >= kLossFailures) {

@@ -41,6 +41,7 @@ enum class LinkLoss {
   kNone,
   kStoppedAnswering,  // kLossFailures exchanges in a row failed
   kUnplugged,         // the driver says the unit is gone
+  kClosed,            // the program is ending: nothing more is sent, nothing said
 };
 
 // Consecutive failed exchanges after which the unit counts as lost. One
@@ -92,6 +93,11 @@ class UnitLink {
   // failure of a run still shows its box; a unit found unplugged shows the
   // loss message instead, so the user sees one box.
   LinkLoss loss() const { return loss_; }
+  // Whether a run of failures ends the operation. Off, every exchange is
+  // tried and each failure reported as the documented panel does.
+  bool stop_on_loss = true;
+  // The program ends while an operation runs: the link falls silent at once.
+  void end_quietly() { loss_ = LinkLoss::kClosed; }
   bool lost() const { return loss_ != LinkLoss::kNone; }
   // A new operation tries the unit again.
   void clear_loss() {

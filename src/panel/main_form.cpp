@@ -68,6 +68,7 @@ bool MainForm::Form_Load() {
   // 8. Tool settings.
   load_tool_settings();
   view_.exact = settings_.get(kSettingsApp, kPanelSection, kExactKey) == "1";
+  unit_.link().stop_on_loss = !view_.exact;
   // 9. Folders.
   view_.Label7 = "TopDIR = " + start_folder_;
   view_.Label9 = "Current DIR = " + host_.current_folder();

@@ -94,7 +94,12 @@ class MainForm : private OperationReport {
   void Exact_Click(bool checked);
   // The window is closing while an operation runs: it ends at its next
   // event pause the way a failure does (programming mode left, supply off).
-  void request_stop() { stop_requested_ = true; }
+  // In exact mode the program ends at once, as the documented panel does:
+  // the link falls silent and the operation sends nothing more.
+  void request_stop() {
+    stop_requested_ = true;
+    if (view_.exact) unit_.link().end_quietly();
+  }
 
   // ---- unit controls ----
   void Command_VCC_Click();

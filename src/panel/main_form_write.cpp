@@ -109,6 +109,7 @@ void MainForm::show_findings(const std::vector<std::string>& findings) {
 
 void MainForm::Exact_Click(bool checked) {
   view_.exact = checked;
+  unit_.link().stop_on_loss = !checked;
   if (checked) view_.StatusLine.clear();
   settings_.save(kSettingsApp, kPanelSection, kExactKey, checked ? "1" : "0");
   changed();

@@ -43,6 +43,7 @@ TEST(LinkLoss, ConsecutiveFailuresAndAGoneUnitEndTheLink) {
     LinkLoss loss;
     std::size_t reached;  // packets the driver saw
     std::uint64_t failures;
+    bool exact = false;  // the documented link: every exchange tried and said
   } cases[] = {
       {"a single failure is reported as ever",
        {},
@@ -80,6 +81,16 @@ TEST(LinkLoss, ConsecutiveFailuresAndAGoneUnitEndTheLink) {
        LinkLoss::kUnplugged,
        1,
        5},
+      {"exact: every exchange is tried and each failure said",
+       {kOk, kFail, kFail},
+       {kFail},
+       UnitCondition::kGone,
+       4,
+       {read_error, write_error, write_error},
+       LinkLoss::kNone,
+       4,
+       3,
+       true},
       {"a write failure counts like a read failure",
        {kFail, kOk},
        {},
@@ -98,6 +109,7 @@ TEST(LinkLoss, ConsecutiveFailuresAndAGoneUnitEndTheLink) {
     driver.read_results.assign(c.reads.begin(), c.reads.end());
     testing::FakeHost host;
     UnitLink link(driver, host);
+    link.stop_on_loss = !c.exact;
     for (int i = 0; i < c.sends; ++i) link.SENDCMD(0x32);
     std::vector<std::string> boxes;
     for (const auto& box : host.boxes) boxes.push_back(box.text);
@@ -127,11 +139,12 @@ TEST(LinkLoss, AFullWriteEndsAtTheNextPauseWithOneMessage) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.fault == Fault::kUnplug ? "unplugged" : "silent");
-    PanelRig rig("16F877A", 1);
+    // The documented link reports every failed exchange: the loss rule
+    // belongs to the checked mode.
+    PanelRig rig("16F877A", 1, false);
     blank_program_image(rig.state);
     for (int w = 0; w < 0x2000; ++w) rig.state.set_word(w, 0x2800 + (w & 0x7FF));
     rig.state.DataLoaded = 1;
-    rig.form.LastAddrText_Change("1FFF");
     const int at = static_cast<int>(rig.opened.link().exchanges()) + 500;
     if (c.fault == Fault::kUnplug) {
       rig.unit.unplug_at(at);
@@ -171,7 +184,7 @@ TEST(LinkLoss, TheCommandLineNamesTheLossOnce) {
     } else {
       run.unit->fall_silent_at(300);
     }
-    const cli::testing::Outcome outcome = run({"--exact", "read"});
+    const cli::testing::Outcome outcome = run({"--last", "1FFF", "read"});
     EXPECT_EQ(outcome.status, cli::kExitFailed);
     EXPECT_NE(outcome.err.find(c.says), std::string::npos) << outcome.err;
     int lines = 0;

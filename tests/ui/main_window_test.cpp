@@ -154,31 +154,43 @@ TEST(BufferViewers, OpenAtTheirClientSizes) {
 // failure does, and then the window closes: the chip is left unpowered and
 // out of programming mode, and nothing more is programmed.
 TEST(MainWindow, ClosingDuringAWriteEndsItAtTheNextPauseAndCloses) {
-  PanelRig rig;
-  TempDir dir;
-  std::vector<HexWord> words;
-  for (std::uint16_t w = 0; w < 0x200; ++w) words.push_back({w, static_cast<std::uint16_t>(w)});
-  ASSERT_TRUE(write_inhx8m_file(dir.file("big.hex"), words));
-  rig.open_answers.push_back(dir.file("big.hex"));
-  rig.click("F_OpenButton");
-  std::size_t at_close = 0;
-  const auto render = rig.host.before_events;
-  rig.host.before_events = [&] {
-    render();
-    if (at_close == 0 && rig.sim.in_programming_mode()) {
-      at_close = rig.sim.trace().size();
-      rig.main().close();
+  // Checked: the write ends the way a failure does, the chip left out of
+  // programming mode and unpowered. Exact: the program ends at once, as the
+  // documented panel does, and nothing more is sent.
+  for (const bool exact : {false, true}) {
+    SCOPED_TRACE(exact ? "exact" : "checked");
+    PanelRig rig;
+    rig.form->Exact_Click(exact);
+    TempDir dir;
+    std::vector<HexWord> words;
+    for (std::uint16_t w = 0; w < 0x200; ++w) words.push_back({w, static_cast<std::uint16_t>(w)});
+    ASSERT_TRUE(write_inhx8m_file(dir.file("big.hex"), words));
+    rig.open_answers.push_back(dir.file("big.hex"));
+    rig.click("F_OpenButton");
+    std::size_t at_close = 0;
+    const auto render = rig.host.before_events;
+    rig.host.before_events = [&] {
+      render();
+      if (at_close == 0 && rig.sim.in_programming_mode()) {
+        at_close = rig.sim.trace().size();
+        rig.main().close();
+      }
+    };
+    rig.click("WriteButton");
+    ASSERT_GT(at_close, 0u);
+    EXPECT_FALSE(rig.main().isVisible());
+    const auto& trace = rig.sim.trace();
+    for (std::size_t i = at_close; i < trace.size(); ++i) {
+      EXPECT_NE(trace[i].tx[0], ICSP_LOAD_DATA) << "exchange " << i;
     }
-  };
-  rig.click("WriteButton");
-  ASSERT_GT(at_close, 0u);
-  EXPECT_FALSE(rig.main().isVisible());
-  const auto& trace = rig.sim.trace();
-  for (std::size_t i = at_close; i < trace.size(); ++i) {
-    EXPECT_NE(trace[i].tx[0], ICSP_LOAD_DATA) << "exchange " << i;
+    if (exact) {
+      EXPECT_EQ(trace.size(), at_close);
+    } else {
+      EXPECT_FALSE(rig.sim.in_programming_mode());
+      EXPECT_FALSE(rig.sim.vcc());
+    }
+    EXPECT_TRUE(rig.boxes.empty());
   }
-  EXPECT_FALSE(rig.sim.in_programming_mode());
-  EXPECT_FALSE(rig.sim.vcc());
 }
 
 // The checks' findings show below the notes line; the menu item turns the

@@ -209,9 +209,12 @@ TEST(UsbDriverEmulated, UnitUnpluggedDuringWriteEndsQuickly) {
   UsbDriver driver(kUnitUsbId, 1000);
   Session session(unit, driver);
   ASSERT_TRUE(session.start());
+  // The checked panel: a lost unit ends the operation (the documented one
+  // would try, and report, every packet left).
+  session.form.PICsel_Click(1);
+  session.form.Exact_Click(false);
   for (int address = 0; address < 0x800; ++address) session.state.set_word(address, 0x2800);
   session.state.DataLoaded = 1;
-  session.form.LastAddrText_Change("7FF");
   const int unplug_at = bus.exchanges() + 60;
   bus.unplug_at(unplug_at);
   session.host.boxes.clear();

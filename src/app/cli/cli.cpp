@@ -214,6 +214,9 @@ int run_unit(const Options& options, DriverChoice& choice, const std::string& na
   Console console(err, bar, verbose);
   auto state = std::make_unique<ProgrammerState>();
   Unit unit(driver, console);
+  // With --exact every exchange is tried and each failure said, as the
+  // panel's documented link does.
+  unit.link().stop_on_loss = !options.exact;
 
   // The panel's start-up opens the unit the same way; the rest of it
   // (supply on, LED off, stored device) is the panel's idle state, not a
