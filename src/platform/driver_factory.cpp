@@ -12,7 +12,6 @@
 #include "link/sim/sim_unit.h"
 #ifdef ZENTA_HAVE_LIBUSB
 #include "platform/usb_driver.h"
-#include "platform/usb_units.h"
 #endif
 
 namespace zenta {
@@ -28,9 +27,8 @@ std::string chip_names() {
   return names;
 }
 
-// "usb:SERIAL": the unit with that serial number. The driver opens the
-// first unit with the unit's id, so a serial can only pick the one unit
-// plugged in; several at once need the driver to open by serial.
+// "usb:SERIAL": the unit with that serial number; whether one is plugged
+// in is found when the unit is opened, so it is told as a unit not found.
 DriverChoice make_usb_driver(const std::string& serial = "") {
   DriverChoice choice;
   // On Windows the maker's driver library would be loaded at run time here.
@@ -41,22 +39,7 @@ DriverChoice make_usb_driver(const std::string& serial = "") {
     choice.error = error;
     return choice;
   }
-  if (!serial.empty()) {
-    const std::vector<PluggedUnit> units = list_units(*id);
-    bool found = false;
-    for (const PluggedUnit& unit : units) found = found || unit.serial == serial;
-    if (!found) {
-      choice.error = "no unit with serial '" + serial + "' is plugged in (see zenta units)";
-      return choice;
-    }
-    if (units.size() > 1) {
-      choice.error =
-          "several units are plugged in; this USB driver cannot yet open one of "
-          "them by its serial";
-      return choice;
-    }
-  }
-  choice.driver = std::make_unique<UsbDriver>(*id);
+  choice.driver = std::make_unique<UsbDriver>(*id, serial);
 #else
   (void)serial;
   choice.error = "this build has no USB driver (built without libusb); use sim or sim:CHIP";

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace zenta {
@@ -60,8 +61,21 @@ std::optional<UsbId> usb_id_from_environment(std::string& error) {
   return id;
 }
 
+std::string usb_serial(libusb_device_handle* handle, std::uint8_t index) {
+  if (index == 0) return "";
+  unsigned char text[128] = {};
+  const int length = libusb_get_string_descriptor_ascii(handle, index, text, sizeof text);
+  return length > 0 ? std::string(reinterpret_cast<const char*>(text), length) : "";
+}
+
 UsbDriver::UsbDriver(UsbId id, int timeout_ms, InitFunction init)
-    : id_(id), timeout_ms_(timeout_ms), init_(init ? init : &libusb_init) {}
+    : UsbDriver(id, "", timeout_ms, init) {}
+
+UsbDriver::UsbDriver(UsbId id, std::string serial, int timeout_ms, InitFunction init)
+    : id_(id),
+      serial_(std::move(serial)),
+      timeout_ms_(timeout_ms),
+      init_(init ? init : &libusb_init) {}
 
 UsbDriver::~UsbDriver() {
   close();
@@ -90,17 +104,35 @@ std::int32_t UsbDriver::open_handle() {
   libusb_device** list = nullptr;
   const ssize_t count = libusb_get_device_list(context_, &list);
   int result = LIBUSB_ERROR_NO_DEVICE;
+  // With a serial, a unit this user may not open cannot say whether it is
+  // the one asked for; that is reported only when no other one is.
+  int refused = LIBUSB_SUCCESS;
   for (ssize_t i = 0; i < count && result == LIBUSB_ERROR_NO_DEVICE; ++i) {
     libusb_device_descriptor descriptor{};
     if (libusb_get_device_descriptor(list[i], &descriptor) != LIBUSB_SUCCESS) continue;
     if (descriptor.idVendor != id_.vendor || descriptor.idProduct != id_.product) continue;
     result = libusb_open(list[i], &handle_);
+    if (serial_.empty()) continue;
+    if (result != LIBUSB_SUCCESS) {
+      refused = result;
+      result = LIBUSB_ERROR_NO_DEVICE;
+      continue;
+    }
+    if (usb_serial(handle_, descriptor.iSerialNumber) != serial_) {
+      libusb_close(handle_);
+      handle_ = nullptr;
+      result = LIBUSB_ERROR_NO_DEVICE;
+    }
   }
   if (count >= 0) libusb_free_device_list(list, 1);
+  if (result == LIBUSB_ERROR_NO_DEVICE && refused != LIBUSB_SUCCESS) result = refused;
   if (result == LIBUSB_ERROR_NO_DEVICE) {
-    hint_ = "No unit with the USB id " + id +
-            " is plugged in. Plug it in; if lsusb shows it with another id, set "
-            "ZENTA_USB_ID to that id.";
+    hint_ = serial_.empty()
+                ? "No unit with the USB id " + id +
+                      " is plugged in. Plug it in; if lsusb shows it with another id, set "
+                      "ZENTA_USB_ID to that id."
+                : "No unit with the USB id " + id + " and the serial '" + serial_ +
+                      "' is plugged in; zenta units lists the serials of those that are.";
     return kDriverOpenError;
   }
   if (result == LIBUSB_ERROR_ACCESS) {

@@ -32,6 +32,10 @@ inline constexpr int kUsbDrainTimeoutMs = 50;
 // nothing else; nullopt otherwise.
 std::optional<UsbId> parse_usb_id(const std::string& text);
 
+// The serial number string of an opened device whose device descriptor
+// names it at `index`; "" when it names none or the unit does not answer.
+std::string usb_serial(libusb_device_handle* handle, std::uint8_t index);
+
 // "1209:5a4e": the id as lsusb shows it.
 std::string usb_id_text(const UsbId& id);
 
@@ -52,11 +56,16 @@ class UsbDriver : public UnitDriver {
 
   explicit UsbDriver(UsbId id = kUnitUsbId, int timeout_ms = kUsbTimeoutMs,
                      InitFunction init = nullptr);
+  // The unit with this serial number among those with the id; "" takes the
+  // first unit with the id.
+  UsbDriver(UsbId id, std::string serial, int timeout_ms = kUsbTimeoutMs,
+            InitFunction init = nullptr);
   ~UsbDriver() override;
   UsbDriver(const UsbDriver&) = delete;
   UsbDriver& operator=(const UsbDriver&) = delete;
 
-  // kDriverOpenError when libusb cannot start, no unit with the id is there,
+  // kDriverOpenError when libusb cannot start, no unit with the id (and
+  // serial) is there,
   // it cannot be opened (permissions) or its interface cannot be claimed
   // (another program has it); open_failure_hint() says which.
   std::int32_t open() override;
@@ -69,6 +78,7 @@ class UsbDriver : public UnitDriver {
   std::string open_failure_hint() const override { return hint_; }
 
   const UsbId& id() const { return id_; }
+  const std::string& serial() const { return serial_; }
   // Stale replies thrown away since the driver was made.
   int replies_drained() const { return drained_; }
 
@@ -85,6 +95,7 @@ class UsbDriver : public UnitDriver {
   void drain();
 
   UsbId id_;
+  std::string serial_;
   int timeout_ms_;
   InitFunction init_;
   libusb_context* context_ = nullptr;

@@ -2,12 +2,29 @@
 
 #ifdef ZENTA_HAVE_LIBUSB
 #include <libusb.h>
+
+#include "link/unit.h"
 #endif
 
 namespace zenta {
 
 #ifdef ZENTA_HAVE_LIBUSB
-std::vector<PluggedUnit> list_units(const UsbId& id) {
+namespace {
+
+// The firmware of the unit with `serial`, through the driver the panel
+// uses, so the exchange is the panel's own first one.
+std::string firmware_of(const UsbId& id, const std::string& serial, Host& host) {
+  UsbDriver driver(id, serial);
+  Unit unit(driver, host);
+  std::string firmware;
+  if (unit.open() == kDriverOk && unit.read_firmware_version()) firmware = unit.FirmwareVersion();
+  unit.close();
+  return firmware;
+}
+
+}  // namespace
+
+std::vector<PluggedUnit> list_units(const UsbId& id, Host& host) {
   std::vector<PluggedUnit> units;
   libusb_context* context = nullptr;
   if (libusb_init(&context) != 0) return units;
@@ -21,22 +38,24 @@ std::vector<PluggedUnit> list_units(const UsbId& id) {
     unit.bus = libusb_get_bus_number(devices[i]);
     unit.address = libusb_get_device_address(devices[i]);
     libusb_device_handle* handle = nullptr;
-    // Without permission to open it the unit is still listed, without serial.
-    if (descriptor.iSerialNumber != 0 && libusb_open(devices[i], &handle) == 0) {
-      unsigned char text[128] = {};
-      const int length =
-          libusb_get_string_descriptor_ascii(handle, descriptor.iSerialNumber, text, sizeof text);
-      if (length > 0) unit.serial.assign(reinterpret_cast<const char*>(text), length);
+    if (libusb_open(devices[i], &handle) == 0) {
+      unit.serial = usb_serial(handle, descriptor.iSerialNumber);
       libusb_close(handle);
     }
     units.push_back(unit);
   }
   if (count >= 0) libusb_free_device_list(devices, 1);
   libusb_exit(context);
+  // A unit without a serial can be picked only when it is the only one.
+  for (PluggedUnit& unit : units) {
+    if (!unit.serial.empty() || units.size() == 1) {
+      unit.firmware = firmware_of(id, unit.serial, host);
+    }
+  }
   return units;
 }
 #else
-std::vector<PluggedUnit> list_units(const UsbId&) {
+std::vector<PluggedUnit> list_units(const UsbId&, Host&) {
   return {};
 }
 #endif

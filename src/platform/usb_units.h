@@ -4,16 +4,22 @@
 #include <string>
 #include <vector>
 
+#include "common/host.h"
 #include "platform/usb_driver.h"
 
 namespace zenta {
 
 struct PluggedUnit {
-  std::string serial;  // the unit's serial number; "" when it cannot be read
+  std::string serial;    // the unit's serial number; "" when it cannot be read
+  std::string firmware;  // what the unit reports for UNIT_VERSION; "" when it cannot be asked
   int bus = 0;
   int address = 0;
 };
 
-std::vector<PluggedUnit> list_units(const UsbId& id);
+// Each unit is opened to read its serial and asked for its firmware, which
+// takes it from whichever program had it idle; a unit this user may not
+// open is listed without either. `host` hears what the link says when a
+// unit does not answer.
+std::vector<PluggedUnit> list_units(const UsbId& id, Host& host);
 
 }  // namespace zenta

@@ -76,6 +76,7 @@ TEST(NumberText, LeadingNumberAndRounding) {
   EXPECT_EQ(round_half_even(-0.5), 0);
   EXPECT_EQ(hex_text(0), "0");
   EXPECT_EQ(hex_text(0x1FFF), "1FFF");
+  EXPECT_EQ(hex_text(0x10A0), "10A0");
   EXPECT_EQ(hex_text(-1), "FFFFFFFF");
   EXPECT_EQ(hex_byte(0x0A), "0A");
 }

@@ -6,6 +6,7 @@
 #include <umockdev.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstddef>
@@ -13,13 +14,15 @@
 #include <cstdlib>
 #include <cstring>
 #include <stdexcept>
+#include <tuple>
+#include <utility>
 
 namespace zenta::testing {
 
 namespace {
 
-constexpr const char* kSysPath = "/devices/pci0000:00/0000:00:14.0/usb1/1-1";
-constexpr const char* kDevNode = "/dev/bus/usb/001/002";
+// Units alive at once, each at its own port and address of bus 1.
+constexpr int kPorts = 8;
 constexpr std::uint8_t kOut = 0x01;
 constexpr std::uint8_t kIn = 0x81;
 constexpr int kNever = INT_MAX;
@@ -34,16 +37,50 @@ std::string hex(const std::vector<std::uint8_t>& bytes) {
   return text;
 }
 
+// umockdev's preload library follows one test bed per process, so the
+// units alive at once share it; the last one gone takes it down.
+struct SharedBus {
+  std::mutex mutex;
+  UMockdevTestbed* testbed = nullptr;
+  std::array<bool, kPorts> used{};
+
+  // The test bed and a free port.
+  std::pair<UMockdevTestbed*, int> join() {
+    std::lock_guard lock(mutex);
+    int port = 0;
+    while (port < kPorts && used[static_cast<std::size_t>(port)]) ++port;
+    if (port == kPorts) throw std::runtime_error("too many emulated units at once");
+    used[static_cast<std::size_t>(port)] = true;
+    if (testbed == nullptr) testbed = umockdev_testbed_new();
+    return {testbed, port + 1};
+  }
+  void leave(int port) {
+    std::lock_guard lock(mutex);
+    used[static_cast<std::size_t>(port - 1)] = false;
+    for (bool in_use : used) {
+      if (in_use) return;
+    }
+    g_object_unref(testbed);
+    testbed = nullptr;
+  }
+};
+
+SharedBus& shared_bus() {
+  static SharedBus bus;
+  return bus;
+}
+
 // Device, configuration, interface and two endpoint descriptors, as the
-// kernel shows them in sysfs and in the device node.
+// kernel shows them in sysfs and in the device node. The serial number is
+// string 3 when there is one.
 std::vector<std::uint8_t> descriptors(std::uint16_t vendor, std::uint16_t product,
-                                      EndpointKind kind) {
+                                      EndpointKind kind, bool serial) {
   const std::uint8_t type = kind == EndpointKind::kInterrupt ? 0x03 : 0x02;
   const std::uint8_t interval = kind == EndpointKind::kInterrupt ? 1 : 0;
   return {// device: USB 2.0, 64-byte control packets, one configuration
           0x12, 0x01, 0x00, 0x02, 0x00, 0x00, 0x00, 0x40, std::uint8_t(vendor & 0xFF),
           std::uint8_t(vendor >> 8), std::uint8_t(product & 0xFF), std::uint8_t(product >> 8), 0x00,
-          0x01, 0x00, 0x00, 0x00, 0x01,
+          0x01, 0x00, 0x00, std::uint8_t(serial ? 3 : 0), 0x01,
           // configuration 1, 32 bytes in all, one interface
           0x09, 0x02, 0x20, 0x00, 0x01, 0x01, 0x00, 0x80, 0x32,
           // interface 0, two endpoints, vendor class
@@ -53,22 +90,50 @@ std::vector<std::uint8_t> descriptors(std::uint16_t vendor, std::uint16_t produc
           interval};
 }
 
+// A transfer submitted through one opening of the device node.
 struct Urb {
   UMockdevIoctlData* urb = nullptr;
   UMockdevIoctlData* buffer = nullptr;
+  UMockdevIoctlClient* client = nullptr;  // the opening, referenced
+  void release() const {
+    if (buffer != nullptr) g_object_unref(buffer);
+    g_object_unref(urb);
+    g_object_unref(client);
+  }
   usbdevfs_urb* fields() const { return reinterpret_cast<usbdevfs_urb*>(urb->data); }
   std::uint8_t endpoint() const { return fields()->endpoint; }
 };
+
+// A string descriptor: English as the only language (string 0), or the
+// text in UTF-16LE.
+std::vector<std::uint8_t> string_descriptor(int index, const std::string& serial) {
+  if (index == 0) return {4, 0x03, 0x09, 0x04};
+  std::vector<std::uint8_t> bytes{std::uint8_t(2 + 2 * serial.size()), 0x03};
+  for (char c : serial) {
+    bytes.push_back(static_cast<std::uint8_t>(c));
+    bytes.push_back(0);
+  }
+  return bytes;
+}
+
+constexpr std::uint8_t kGetDescriptor = 0x06;
+constexpr std::uint8_t kStringDescriptor = 0x03;
 
 }  // namespace
 
 struct EmulatedUnit::Impl {
   sim::SimUnit& unit;
   unsigned char urb_type;  // of both data endpoints
+  std::string serial;
   UMockdevTestbed* testbed = nullptr;
+  int port = 0;
+  std::string sys_path;
+  std::string dev_node;  // inside the test bed
   UMockdevIoctlBase* handler = nullptr;
   std::string node_path;
   std::string socket_path;
+  std::chrono::steady_clock::time_point first_packet{};
+  std::chrono::steady_clock::time_point last_packet{};
 
   mutable std::mutex mutex;
   std::deque<Reply> in_buffer;  // replies the host has not fetched
@@ -89,10 +154,11 @@ struct EmulatedUnit::Impl {
   int in_stall_at = kNever;
   int unplug_at = kNever;
 
-  Impl(sim::SimUnit& u, EndpointKind kind)
+  Impl(sim::SimUnit& u, EndpointKind kind, std::string s)
       : unit(u),
         urb_type(kind == EndpointKind::kInterrupt ? USBDEVFS_URB_TYPE_INTERRUPT
-                                                  : USBDEVFS_URB_TYPE_BULK) {}
+                                                  : USBDEVFS_URB_TYPE_BULK),
+        serial(std::move(s)) {}
 
   void finish(Urb urb, int status, int length) {
     urb.fields()->status = status;
@@ -103,7 +169,7 @@ struct EmulatedUnit::Impl {
   // Pending reads take waiting replies, oldest first.
   void deliver() {
     for (auto it = pending.begin(); it != pending.end() && !in_buffer.empty();) {
-      if (it->endpoint() != kIn || in_halted) {
+      if (it->endpoint() != kIn || in_halted || !umockdev_ioctl_client_get_connected(it->client)) {
         ++it;
         continue;
       }
@@ -121,6 +187,8 @@ struct EmulatedUnit::Impl {
       return;
     }
     exchanges = exchange;
+    last_packet = std::chrono::steady_clock::now();
+    if (exchange == 1) first_packet = last_packet;
     unit.write(urb.buffer->data, 8);
     Reply reply{};
     unit.read(reply.data(), 8);
@@ -137,6 +205,10 @@ struct EmulatedUnit::Impl {
   void submit(UMockdevIoctlClient* client, UMockdevIoctlData* arg) {
     UMockdevIoctlData* data = umockdev_ioctl_data_resolve(arg, 0, sizeof(usbdevfs_urb), nullptr);
     auto* fields = reinterpret_cast<usbdevfs_urb*>(data->data);
+    if (fields->type == USBDEVFS_URB_TYPE_CONTROL && fields->endpoint == 0) {
+      control(client, data);
+      return;
+    }
     // The kernel refuses a transfer of another type than the endpoint's.
     if (fields->type != urb_type) {
       g_object_unref(data);
@@ -149,8 +221,10 @@ struct EmulatedUnit::Impl {
       umockdev_ioctl_client_complete(client, -1, ENODEV);
       return;
     }
-    Urb urb{data, umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer),
-                                              static_cast<gsize>(fields->buffer_length), nullptr)};
+    Urb urb{data,
+            umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer),
+                                        static_cast<gsize>(fields->buffer_length), nullptr),
+            static_cast<UMockdevIoctlClient*>(g_object_ref(client))};
     umockdev_ioctl_client_complete(client, 0, 0);
     if (fields->endpoint == kOut) {
       if (!out_halted && exchanges + 1 == out_stall_at) {
@@ -176,10 +250,34 @@ struct EmulatedUnit::Impl {
     deliver();
   }
 
+  // Control requests on endpoint 0: the string descriptors; anything else
+  // stalls, as a unit without the request does.
+  void control(UMockdevIoctlClient* client, UMockdevIoctlData* data) {
+    auto* fields = reinterpret_cast<usbdevfs_urb*>(data->data);
+    Urb urb{data,
+            umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer),
+                                        static_cast<gsize>(fields->buffer_length), nullptr),
+            static_cast<UMockdevIoctlClient*>(g_object_ref(client))};
+    umockdev_ioctl_client_complete(client, 0, 0);
+    std::uint8_t* setup = urb.buffer->data;
+    const int index = setup[2];
+    const int asked = setup[6] | setup[7] << 8;
+    if (setup[0] != 0x80 || setup[1] != kGetDescriptor || setup[3] != kStringDescriptor ||
+        (index != 0 && (index != 3 || serial.empty()))) {
+      finish(urb, -EPIPE, 0);
+      return;
+    }
+    const std::vector<std::uint8_t> reply = string_descriptor(index, serial);
+    const int length = std::min(
+        {asked, static_cast<int>(reply.size()), static_cast<int>(fields->buffer_length) - 8});
+    std::memcpy(setup + 8, reply.data(), static_cast<std::size_t>(length));
+    finish(urb, 0, length);
+  }
+
   void discard(UMockdevIoctlClient* client, UMockdevIoctlData* arg) {
     const gulong address = *reinterpret_cast<gulong*>(arg->data);
     for (auto it = pending.begin(); it != pending.end(); ++it) {
-      if (it->urb->client_addr != address) continue;
+      if (it->client != client || it->urb->client_addr != address) continue;
       const bool read = it->endpoint() == kIn;
       finish(*it, -ENOENT, 0);
       pending.erase(it);
@@ -194,19 +292,21 @@ struct EmulatedUnit::Impl {
     umockdev_ioctl_client_complete(client, -1, EINVAL);
   }
 
+  // The oldest finished transfer of this opening.
   void reap(UMockdevIoctlClient* client, UMockdevIoctlData* arg) {
-    if (done.empty()) {
+    const auto it = std::find_if(done.begin(), done.end(),
+                                 [client](const Urb& u) { return u.client == client; });
+    if (it == done.end()) {
       umockdev_ioctl_client_complete(client, -1, gone ? ENODEV : EAGAIN);
       return;
     }
-    Urb urb = done.front();
-    done.pop_front();
+    Urb urb = *it;
+    done.erase(it);
     UMockdevIoctlData* data = umockdev_ioctl_data_resolve(arg, 0, sizeof(void*), nullptr);
     umockdev_ioctl_data_set_ptr(data, 0, urb.urb);
     g_object_unref(data);
     umockdev_ioctl_client_complete(client, 0, 0);
-    if (urb.buffer != nullptr) g_object_unref(urb.buffer);
-    g_object_unref(urb.urb);
+    urb.release();
   }
 
   gboolean handle(UMockdevIoctlClient* client) {
@@ -273,72 +373,89 @@ struct EmulatedUnit::Impl {
     return static_cast<Impl*>(self)->handle(client);
   }
 
-  // A new opening of the node: transfers of an earlier one died with it,
-  // the unit's IN buffer did not.
+  // Transfers of an opening that was closed died with it (all of them when
+  // the unit goes); the unit's IN buffer did not. Another program may have
+  // the node open at the same time, to read the serial number.
+  void drop_closed(bool all) {
+    const auto closed = [all](const Urb& urb) {
+      const bool dead = all || !umockdev_ioctl_client_get_connected(urb.client);
+      if (dead) urb.release();
+      return dead;
+    };
+    std::erase_if(pending, closed);
+    std::erase_if(done, closed);
+  }
+
   static void on_connect(UMockdevIoctlBase*, UMockdevIoctlClient*, gpointer self) {
     auto* impl = static_cast<Impl*>(self);
     std::lock_guard lock(impl->mutex);
-    for (auto* list : {&impl->pending}) {
-      for (Urb& urb : *list) {
-        if (urb.buffer != nullptr) g_object_unref(urb.buffer);
-        g_object_unref(urb.urb);
-      }
-      list->clear();
-    }
-    for (Urb& urb : impl->done) {
-      if (urb.buffer != nullptr) g_object_unref(urb.buffer);
-      g_object_unref(urb.urb);
-    }
-    impl->done.clear();
+    impl->drop_closed(false);
   }
 };
 
 EmulatedUnit::EmulatedUnit(sim::SimUnit& unit, std::uint16_t vendor, std::uint16_t product,
-                           EndpointKind kind)
-    : impl_(std::make_unique<Impl>(unit, kind)) {
-  impl_->testbed = umockdev_testbed_new();
-  const std::string desc = hex(descriptors(vendor, product, kind));
+                           EndpointKind kind, const std::string& serial)
+    : impl_(std::make_unique<Impl>(unit, kind, serial)) {
+  std::tie(impl_->testbed, impl_->port) = shared_bus().join();
+  const int devnum = impl_->port + 1;  // the root hub is 1
+  char devnum_text[8];
+  std::snprintf(devnum_text, sizeof devnum_text, "%03d", devnum);
+  impl_->dev_node = std::string("/dev/bus/usb/001/") + devnum_text;
+  impl_->sys_path = "/devices/pci0000:00/0000:00:14.0/usb1/1-" + std::to_string(impl_->port);
+  const std::string desc = hex(descriptors(vendor, product, kind, !serial.empty()));
   char ids[32];
   std::snprintf(ids, sizeof ids, "%04x/%04x/100", vendor, product);
   char vid[8], pid[8];
   std::snprintf(vid, sizeof vid, "%04x", vendor);
   std::snprintf(pid, sizeof pid, "%04x", product);
-  const std::string record = std::string("P: ") + kSysPath + "\nN: bus/usb/001/002=" + desc +
-                             "\nE: DEVNAME=" + kDevNode +
-                             "\nE: DEVTYPE=usb_device\nE: DRIVER=usb\nE: PRODUCT=" + ids +
-                             "\nE: BUSNUM=001\nE: DEVNUM=002\nE: MAJOR=189\nE: MINOR=1"
-                             "\nE: SUBSYSTEM=usb\nA: bConfigurationValue=1\nA: bNumConfigurations=1"
-                             "\nA: busnum=1\nA: devnum=2\nA: devpath=1\nA: speed=12\nA: idVendor=" +
-                             vid + "\nA: idProduct=" + pid + "\nH: descriptors=" + desc + "\n";
+  const std::string num = std::to_string(devnum);
+  std::string record = "P: " + impl_->sys_path + "\nN: " + impl_->dev_node.substr(5) + "=" + desc +
+                       "\nE: DEVNAME=" + impl_->dev_node +
+                       "\nE: DEVTYPE=usb_device\nE: DRIVER=usb\nE: PRODUCT=" + ids +
+                       "\nE: BUSNUM=001\nE: DEVNUM=" + devnum_text +
+                       "\nE: MAJOR=189\nE: MINOR=" + num +
+                       "\nE: SUBSYSTEM=usb\nA: bConfigurationValue=1\nA: bNumConfigurations=1"
+                       "\nA: busnum=1\nA: devnum=" +
+                       num + "\nA: devpath=" + std::to_string(impl_->port) +
+                       "\nA: speed=12\nA: idVendor=" + vid + "\nA: idProduct=" + pid;
+  if (!serial.empty()) record += "\nA: serial=" + serial;
+  record += "\nH: descriptors=" + desc + "\n";
   GError* error = nullptr;
   if (!umockdev_testbed_add_from_string(impl_->testbed, record.c_str(), &error)) {
     const std::string message = error ? error->message : "?";
     g_clear_error(&error);
-    g_object_unref(impl_->testbed);
+    shared_bus().leave(impl_->port);
     throw std::runtime_error("umockdev refused the device: " + message);
   }
   impl_->handler = umockdev_ioctl_base_new();
   g_signal_connect(impl_->handler, "handle-ioctl", G_CALLBACK(&Impl::on_ioctl), impl_.get());
   g_signal_connect(impl_->handler, "client-connected", G_CALLBACK(&Impl::on_connect), impl_.get());
-  if (!umockdev_testbed_attach_ioctl(impl_->testbed, kDevNode, impl_->handler, &error)) {
+  if (!umockdev_testbed_attach_ioctl(impl_->testbed, impl_->dev_node.c_str(), impl_->handler,
+                                     &error)) {
     const std::string message = error ? error->message : "?";
     g_clear_error(&error);
     throw std::runtime_error("umockdev cannot answer the device's requests: " + message);
   }
   gchar* root = umockdev_testbed_get_root_dir(impl_->testbed);
-  impl_->node_path = std::string(root) + kDevNode;
-  impl_->socket_path = std::string(root) + "/ioctl" + kDevNode;
-  // Other users must reach the bus too (forbid_access tests as nobody);
-  // the node's own mode decides.
+  impl_->node_path = std::string(root) + impl_->dev_node;
+  impl_->socket_path = std::string(root) + "/ioctl" + impl_->dev_node;
+  // Other users must reach the bus too (forbid_access tests as nobody):
+  // every unit admits anyone, as the udev rule makes it, until forbidden.
   chmod(root, 01777);
+  chmod(impl_->node_path.c_str(), 0666);
+  chmod(impl_->socket_path.c_str(), 0666);
   g_free(root);
 }
 
 EmulatedUnit::~EmulatedUnit() {
-  Impl::on_connect(nullptr, nullptr, impl_.get());
-  umockdev_testbed_detach_ioctl(impl_->testbed, kDevNode, nullptr);
+  {
+    std::lock_guard lock(impl_->mutex);
+    impl_->drop_closed(true);
+  }
+  umockdev_testbed_detach_ioctl(impl_->testbed, impl_->dev_node.c_str(), nullptr);
   g_object_unref(impl_->handler);
-  g_object_unref(impl_->testbed);
+  umockdev_testbed_remove_device(impl_->testbed, ("/sys" + impl_->sys_path).c_str());
+  shared_bus().leave(impl_->port);
 }
 
 bool EmulatedUnit::available(std::string& why_not) {
@@ -394,6 +511,17 @@ int EmulatedUnit::exchanges() const {
 int EmulatedUnit::halts_cleared() const {
   std::lock_guard lock(impl_->mutex);
   return impl_->halts_cleared;
+}
+std::chrono::steady_clock::time_point EmulatedUnit::first_packet() const {
+  std::lock_guard lock(impl_->mutex);
+  return impl_->first_packet;
+}
+std::chrono::steady_clock::time_point EmulatedUnit::last_packet() const {
+  std::lock_guard lock(impl_->mutex);
+  return impl_->last_packet;
+}
+int EmulatedUnit::bus_address() const {
+  return impl_->port + 1;
 }
 std::size_t EmulatedUnit::replies_waiting() const {
   std::lock_guard lock(impl_->mutex);

@@ -10,6 +10,7 @@
 // received). The program must run under umockdev's preload library
 // (umockdev-wrapper); available() says whether it does.
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -28,9 +29,11 @@ enum class EndpointKind { kInterrupt, kBulk };
 class EmulatedUnit {
  public:
   // The device with these ids, one interface, an OUT endpoint 0x01 and an
-  // IN endpoint 0x81 of the given kind, 64-byte packets.
+  // IN endpoint 0x81 of the given kind, 64-byte packets, and the serial
+  // number string (none when empty). Units alive at once share one bus,
+  // each at its own address.
   EmulatedUnit(sim::SimUnit& unit, std::uint16_t vendor, std::uint16_t product,
-               EndpointKind kind = EndpointKind::kInterrupt);
+               EndpointKind kind = EndpointKind::kInterrupt, const std::string& serial = "");
   ~EmulatedUnit();
   EmulatedUnit(const EmulatedUnit&) = delete;
   EmulatedUnit& operator=(const EmulatedUnit&) = delete;
@@ -63,6 +66,10 @@ class EmulatedUnit {
   int exchanges() const;  // packets the unit received
   int halts_cleared() const;
   std::size_t replies_waiting() const;
+  // When the unit received its first and its last packet.
+  std::chrono::steady_clock::time_point first_packet() const;
+  std::chrono::steady_clock::time_point last_packet() const;
+  int bus_address() const;
 
  private:
   struct Impl;

@@ -135,28 +135,20 @@ int list_plugged_units(const Options& options, std::ostream& out, std::ostream& 
   std::string error;
   const auto id = usb_id_from_environment(error);
   if (!id) return usage_error(err, error);
-  units = list_units(*id);
+  Console console(err, false);
+  units = list_units(*id, console);
+  console.finish();
 #endif
   std::string json = "{\"command\":\"units\",\"units\":[";
   for (const PluggedUnit& plugged : units) {
     const std::string name = "usb:" + plugged.serial;
-    std::string firmware;
-    // The driver opens the first unit of the id, so it can ask the only one.
-    DriverChoice choice = units.size() == 1 ? make_driver("usb") : DriverChoice{};
-    if (choice.driver) {
-      Console console(err, false);
-      Unit unit(*choice.driver, console);
-      if (unit.open() == kDriverOk && unit.read_firmware_version())
-        firmware = unit.FirmwareVersion();
-      unit.close();
-    }
     if (json.back() != '[') json += ",";
-    json += "{\"unit\":" + json_string(name) + ",\"firmware\":" + json_string(firmware) +
+    json += "{\"unit\":" + json_string(name) + ",\"firmware\":" + json_string(plugged.firmware) +
             ",\"bus\":" + std::to_string(plugged.bus) +
             ",\"address\":" + std::to_string(plugged.address) + "}";
     if (!options.json) {
-      out << name << "  firmware " << (firmware.empty() ? "?" : firmware) << "  (bus "
-          << plugged.bus << ", address " << plugged.address << ")\n";
+      out << name << "  firmware " << (plugged.firmware.empty() ? "?" : plugged.firmware)
+          << "  (bus " << plugged.bus << ", address " << plugged.address << ")\n";
     }
   }
   if (options.json) out << json << "]}\n";
