@@ -28,7 +28,9 @@ CommandResult MainForm::safe_write() {
   }
   show_findings(findings);
   if (preflight.refused) {
-    host_.message_box(preflight.refusal, "WRITE ERROR", MessageIcon::kStop);
+    if (!preflight.refusal.empty()) {
+      host_.message_box(preflight.refusal, "WRITE ERROR", MessageIcon::kStop);
+    }
     notes("Write refused", kRed);
     return refused();
   }
@@ -60,10 +62,22 @@ CommandResult MainForm::VerifyButton_Click() {
 CommandResult MainForm::ERASEButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
-  const std::string erase_mode = state_.EraseMode;
-  if (!view_.exact) state_.EraseMode = safe_erase_mode(view_.PICsel, erase_mode);
+  if (!view_.exact) {
+    Preflight preflight;
+    const CommandResult result = run_checked_erase(ops_, view_.PICsel, preflight);
+    show_findings(preflight.findings);
+    if (preflight.refused) {
+      if (!preflight.refusal.empty()) {
+        host_.message_box(preflight.refusal, "ERASE ERROR", MessageIcon::kStop);
+      }
+      notes("Erase refused", kRed);
+    } else if (!result.config || result.config->written) {
+      notes("Chip Erase Complete", kWhite);
+    }
+    changed();
+    return result;
+  }
   const CommandResult result = run_erase(ops_);
-  state_.EraseMode = erase_mode;
   changed();
   return result;
 }

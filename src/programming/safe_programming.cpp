@@ -126,9 +126,15 @@ Preflight check_chip(ChipOperations& ops, int entry) {
   Preflight result;
   const DeviceRecord& record = device_record(entry);
   result.program_words = record.program_size;
+  const std::uint64_t failed_before = ops.unit().link().failures();
   ops.set_supply(true);
   const DeviceIdResult id = ops.READ_DEVID();
   ops.set_supply(false);
+  if (ops.unit().link().failures() != failed_before) {
+    // The link has said what went wrong; the answer means nothing.
+    result.refused = true;
+    return result;
+  }
   const auto answer = static_cast<std::uint16_t>(id.id);
   const std::string entry_name = record.caption;
   if (no_chip_answer(answer)) {
@@ -183,6 +189,64 @@ Preflight preflight_write(ChipOperations& ops, int entry) {
   }
   result.last_address = image_last_address(ops.state(), result.program_words);
   if (const auto eeprom = eeprom_data_finding(ops.state())) result.findings.push_back(*eeprom);
+  return result;
+}
+
+namespace {
+
+// The calibration word back at 0x3FF: the counter stepped there from word
+// 0, one load and one erase/program cycle.
+void program_calibration_word(UnitLink& link, int word) {
+  enter_programming_mode(link);
+  for (int a = 0; a < kCalibrationAddress; ++a) link.SENDCMD(ICSP_INC_ADDR, 1);
+  link.SENDCMD(ICSP_LOAD_DATA, static_cast<std::uint8_t>(word >> 8),
+               static_cast<std::uint8_t>(word & 0xFF));
+  link.SENDCMD(ICSP_BEGIN_ERASE_PROG);
+  leave_programming_mode(link, LeaveMode::kAfterWrite);
+}
+
+}  // namespace
+
+CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& preflight) {
+  preflight = check_chip(ops, entry);
+  if (preflight.refused) {
+    CommandResult refused;
+    refused.refused = true;
+    return refused;
+  }
+  ProgrammerState& state = ops.state();
+  const bool calibrated = preflight.chip && preflight.chip->calibrated;
+  int calibration = kBlankWord;
+  int band_gap = kBandGapBits;
+  if (calibrated) {
+    UnitLink& link = ops.unit().link();
+    ops.set_supply(true);
+    calibration = read_program_word(link, kCalibrationAddress);
+    band_gap = read_config_word(link) & kBandGapBits;
+    ops.set_supply(false);
+  }
+  const std::string erase_mode = state.EraseMode;
+  state.EraseMode = safe_erase_mode(entry, erase_mode);
+  CommandResult result = run_erase(ops);
+  state.EraseMode = erase_mode;
+  if (!calibrated || result.stopped) return result;
+
+  const std::uint64_t failed_before = ops.unit().link().failures();
+  const int config = state.ConfigWord;
+  ops.set_supply(true);
+  if (is_retlw(calibration)) {
+    program_calibration_word(ops.unit().link(), calibration);
+    preflight.findings.push_back("calibration " + four_digits(calibration) + " kept");
+  } else {
+    preflight.findings.push_back("calibration word " + four_digits(calibration) +
+                                 " is no RETLW: already lost");
+  }
+  set_config(state, (kBlankWord & ~kBandGapBits) | band_gap);
+  result.config = ops.WRITE_CONFIG();
+  set_config(state, config);
+  preflight.findings.push_back("band-gap bits " + four_digits(band_gap) + " kept");
+  ops.set_supply(false);
+  result.failed_exchanges += ops.unit().link().failures() - failed_before;
   return result;
 }
 

@@ -12,6 +12,7 @@
 
 #include "programming/chip_operations.h"
 #include "programming/chips.h"
+#include "programming/commands.h"
 
 namespace zenta {
 
@@ -19,7 +20,9 @@ namespace zenta {
 // messages, in the order found.
 struct Preflight {
   bool refused = false;
-  std::string refusal;  // shown in a stop box when refused
+  // Shown in a stop box when refused; empty when an exchange failed, which
+  // the link has reported already.
+  std::string refusal;
   std::optional<ChipFacts> chip;
   int revision = 0;
   int program_words = 0;          // of the chip that answered, or the entry's
@@ -55,5 +58,12 @@ Preflight check_chip(ChipOperations& ops, int entry);
 // the configuration word, and the last address of the image within the
 // chip. Adjusts state (ConfigWord and its bytes, ProgramBuffer at 0x3FF).
 Preflight preflight_write(ChipOperations& ops, int entry);
+
+// A checked ERASE: the chip check, then the erase of the entry's safe
+// procedure; on calibrated chips the calibration word and band-gap bits are
+// read first and programmed back after it (the word at 0x3FF with its own
+// cycle, then the configuration word of the erased chip with the saved
+// bits). The result is the erase's; `preflight` gets what was found.
+CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& preflight);
 
 }  // namespace zenta

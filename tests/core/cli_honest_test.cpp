@@ -142,6 +142,24 @@ ProgrammerState image_of(const std::string& text) {
   return state;
 }
 
+// The erase keeps a calibrated chip's calibration word and band-gap bits
+// unless --exact asks for the documented erase.
+TEST(CliHonestTest, EraseKeepsTheCalibrationUnlessExact) {
+  for (const bool exact : {false, true}) {
+    SCOPED_TRACE(exact ? "exact" : "checked");
+    SimRun run("12F675");
+    run.unit->set_program_word(0x3FF, 0x3480);
+    run.unit->set_config_word(0x11FF);
+    std::vector<std::string> args = {"--device", "12F629/675", "erase"};
+    if (exact) args.insert(args.begin(), "--exact");
+    const Outcome result = run(args);
+    EXPECT_EQ(result.status, kExitOk) << result.err;
+    EXPECT_EQ(result.out, "Chip Erase Complete\n");
+    EXPECT_EQ(run.unit->program_word(0x3FF), exact ? 0x3FFF : 0x3480);
+    EXPECT_EQ(run.unit->config_word(), exact ? 0x3FFF : 0x1FFF);
+  }
+}
+
 TEST(CliHonestTest, ReadFileHoldsTheWholeChipAndWritesItAgain) {
   TempDir dir;
   SimRun source("16F628A");

@@ -143,7 +143,13 @@ TEST(CliRunTest, FailuresGiveTheirExitStatus) {
     const char* says;
     int exchanges;  // how many reached the unit; -1: not pinned
   } cases[] = {
-      {2, {"erase"}, kExitFailed, "zenta: 1 exchange with the unit failed\n", -1},
+      // The erase's chip check meets the failed exchange first.
+      {2,
+       {"erase"},
+       kExitFailed,
+       "zenta: the chip check failed: exchanges with the unit failed",
+       -1},
+      {2, {"--exact", "erase"}, kExitFailed, "zenta: 1 exchange with the unit failed\n", -1},
       {-1, {"version"}, kExitNoUnit, "Unit not Found", 0},
       {0, {"write", dir.file("missing.hex")}, kExitFailed, "missing.hex': no such file", 0},
       {0, {"--sim-memory", dir.file("m84.txt"), "id"}, kExitFailed, "", 0},  // another chip's

@@ -35,8 +35,9 @@ TEST(CliUnitsTest, EachUnitGetsItsOwnLinesFilesAndStatus) {
   EXPECT_EQ(both.status, kExitOk) << both.err;
   EXPECT_EQ(both.out, "sim:16F628A: Chip Erase Complete\nsim:16F628A#2: Chip Erase Complete\n");
   for (const char* file : {"t.sim-16F628A.trace", "t.sim-16F628A-2.trace"}) {
-    // Supply on, the seven exchanges of the erase, supply off.
-    EXPECT_EQ(lines_of(read_text(dir.file(file))).size(), 9u) << file;
+    // The chip check (supply on, the fourteen exchanges of the ID read, supply off),
+    // then supply on, the seven exchanges of the erase, supply off.
+    EXPECT_EQ(lines_of(read_text(dir.file(file))).size(), 16u + 9u) << file;
   }
 
   // One unit failing fails the run; the other's answer still comes out.

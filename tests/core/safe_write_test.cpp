@@ -280,3 +280,46 @@ TEST(SafeWrite, PreflightPacketsBeforeTheDocumentedWrite) {
 
 }  // namespace
 }  // namespace zenta::testing
+
+namespace zenta::testing {
+namespace {
+
+// The checked ERASE keeps what the factory put in a calibrated chip and
+// refuses the wrong chip; the documented one clears both.
+TEST(SafeErase, CalibratedChipsKeepTheirCalibrationAndTheWrongChipIsRefused) {
+  const struct {
+    const char* chip;
+    int device;
+    bool exact;
+    int calibration_after;
+    int config_after;
+    bool refused;
+  } cases[] = {
+      {"12F675", 6, false, 0x3480, 0x2FFF, false},
+      {"12F675", 6, true, 0x3FFF, 0x3FFF, false},
+      {"16F628A", 6, false, 0x1234, 0x21FF, true},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::string(c.chip) + (c.exact ? " exact" : " checked"));
+    PanelRig rig(c.chip, c.device, c.exact);
+    rig.unit.set_program_word(0x3FF, std::string(c.chip) == "12F675" ? 0x3480 : 0x1234);
+    rig.unit.set_program_word(0, 0x2805);
+    rig.unit.set_config_word(0x21FF);  // band-gap bits 10
+    const CommandResult result = rig.form.ERASEButton_Click();
+    EXPECT_EQ(result.refused, c.refused);
+    EXPECT_EQ(rig.unit.program_word(0x3FF), c.calibration_after);
+    EXPECT_EQ(rig.unit.program_word(0), c.refused ? 0x2805 : 0x3FFF);
+    EXPECT_EQ(rig.unit.config_word(), c.config_after);
+    if (c.refused) {
+      EXPECT_EQ(rig.box_texts(),
+                std::vector<std::string>{"A 16F628A is in the socket; the selected device is "
+                                         "12F629/675. Select 16F62xA."});
+    } else {
+      EXPECT_TRUE(rig.host.boxes.empty()) << rig.host.boxes.front().text;
+      EXPECT_EQ(rig.form.view().NotesLabel, "Chip Erase Complete");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zenta::testing

@@ -197,6 +197,14 @@ int identify(Session& s, ChipOperations& ops, std::optional<CommandResult> ident
   return kExitOk;
 }
 
+// A refused pre-flight; without a refusal text an exchange failed there,
+// which the link has reported.
+void refuse(Session& s, const Preflight& preflight) {
+  s.record.fail(preflight.refusal.empty() ? "the chip check failed: exchanges with the unit failed"
+                                          : "refused: " + preflight.refusal,
+                "refused");
+}
+
 // Findings of the safe-programming checks, on standard error.
 void tell_findings(Session& s, const std::vector<std::string>& findings) {
   for (const std::string& finding : findings) {
@@ -209,6 +217,22 @@ void set_config_word(ProgrammerState& state, int word) {
   state.ConfigWord = static_cast<std::int16_t>(word);
   state.ConfigHigh = static_cast<std::int16_t>(word >> 8);
   state.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
+}
+
+int erase(Session& s, ChipOperations& ops) {
+  if (s.options.exact) return conclude(s, run_erase(ops));
+  // The chip must be the entry's; calibrated chips get their calibration
+  // word and band-gap bits back after the erase.
+  Preflight preflight;
+  const CommandResult result = run_checked_erase(ops, s.device, preflight);
+  tell_findings(s, preflight.findings);
+  if (preflight.refused) {
+    s.console.finish();
+    refuse(s, preflight);
+    return kExitFailed;
+  }
+  if (!result.config || result.config->written) s.console.notes("Chip Erase Complete", 0);
+  return conclude(s, result);
 }
 
 int write(Session& s, ChipOperations& ops) {
@@ -233,7 +257,7 @@ int write(Session& s, ChipOperations& ops) {
     tell_findings(s, preflight.findings);
     if (preflight.refused) {
       s.console.finish();
-      s.record.fail("refused: " + preflight.refusal, "refused");
+      refuse(s, preflight);
       return kExitFailed;
     }
     last = s.options.last
@@ -279,7 +303,7 @@ int read_program(Session& s, ChipOperations& ops) {
     tell_findings(s, chip.findings);
     if (chip.refused) {
       s.console.finish();
-      s.record.fail("refused: " + chip.refusal, "refused");
+      refuse(s, chip);
       return kExitFailed;
     }
     end = chip.program_words;
@@ -363,8 +387,7 @@ int run_command(Session& s) {
     case Command::kId:
       return identify(s, ops, identified);
     case Command::kErase:
-      if (!s.options.exact) s.state.EraseMode = safe_erase_mode(s.device, s.state.EraseMode);
-      return conclude(s, run_erase(ops));
+      return erase(s, ops);
     case Command::kWrite:
       return write(s, ops);
     case Command::kVerify:
