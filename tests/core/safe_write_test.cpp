@@ -305,8 +305,31 @@ TEST(SafeErase, CalibratedChipsKeepTheirCalibrationAndTheWrongChipIsRefused) {
     rig.unit.set_program_word(0x3FF, std::string(c.chip) == "12F675" ? 0x3480 : 0x1234);
     rig.unit.set_program_word(0, 0x2805);
     rig.unit.set_config_word(0x21FF);  // band-gap bits 10
+    rig.unit.clear_trace();
     const CommandResult result = rig.form.ERASEButton_Click();
     EXPECT_EQ(result.refused, c.refused);
+    if (!c.exact && !c.refused) {
+      // Supply and programming-mode packets in order: the chip check, the
+      // calibration reads, the erase, then the calibration word and the
+      // configuration word written back, each bracketed.
+      const std::vector<Packet> on = {{0x3A, 0x01}}, off = {{0x3A, 0x00}};
+      const std::vector<Packet> enter = {{0x32, 0x00}, {0x31, 0x01}, {0x32, 0x02}};
+      const std::vector<Packet> leave_write = {{0x32, 0x01}, {0x31, 0x01}};
+      const std::vector<Packet> leave_read = {{0x32, 0x01}, {0x31, 0x02}};
+      const std::vector<Packet> leave_config = {{0x32, 0x00}, {0x31, 0x01}};
+      std::vector<Packet> expected;
+      for (const auto* part :
+           {&on,    &enter,      &leave_write, &off,   &on,           &enter,      &leave_read,
+            &enter, &leave_read, &off,         &on,    &enter,        &leave_read, &off,
+            &on,    &enter,      &leave_write, &enter, &leave_config, &off}) {
+        expected.insert(expected.end(), part->begin(), part->end());
+      }
+      std::vector<Packet> brackets;
+      for (const Packet& p : rig.sent()) {
+        if (p[0] == 0x3A || p[0] == 0x31 || p[0] == 0x32) brackets.push_back(p);
+      }
+      EXPECT_EQ(brackets, expected);
+    }
     EXPECT_EQ(rig.unit.program_word(0x3FF), c.calibration_after);
     EXPECT_EQ(rig.unit.program_word(0), c.refused ? 0x2805 : 0x3FFF);
     EXPECT_EQ(rig.unit.config_word(), c.config_after);
