@@ -21,7 +21,7 @@ bool same_file(const std::string& a, const std::string& b) {
 }  // namespace
 
 void Toolchain::EditorButton_Click() {
-  notes("Open EDITER", kToolLavender);
+  notes("Open EDITER", kLavender);
   const std::string& target = state_.TargetFileName;
   test_box(tool_command_line(tools_.EditorFolder, tools_.EditorCommand, target));
   if (tools_.EditorCommand.empty()) {

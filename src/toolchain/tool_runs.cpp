@@ -64,7 +64,7 @@ void Toolchain::start_run(ToolKind kind) {
   const std::optional<ToolNames> names = tool_names(kind, path, host_.current_folder());
   if (!names) return;
   const bool assembler = kind == ToolKind::kAssembler;
-  notes(run_label(kind), kToolWhite);
+  notes(run_label(kind), kWhite);
   state_.TargetFileName = path;
   if (assembler) {
     tool_error_file_ = names->error_file;
@@ -118,7 +118,7 @@ void Toolchain::fail_run(const std::string& text, const std::string& title) {
   const ToolKind kind = run_->kind;
   run_.reset();
   state_.WaitTicks = 0;
-  notes(run_label(kind) + " ERROR", kToolRed);
+  notes(run_label(kind) + " ERROR", kRed);
   host_.message_box(text, title, MessageIcon::kStop);
 }
 
@@ -143,7 +143,7 @@ void Toolchain::finish_run() {
         status < 0 ? "ended abnormally" : "ended with status " + std::to_string(status);
     tool_output_ = with_crlf(run->command_line + "\n" + ended + ", writing nothing to " +
                              tool_error_file_ + ". It printed:\n" + run->process->output());
-    notes(label + " ERROR", kToolRed);
+    notes(label + " ERROR", kRed);
     host_.show_window(WindowId::kErrorView);
     return;
   }
@@ -156,11 +156,11 @@ void Toolchain::finish_run() {
     return;
   }
   if (length != 0) {
-    notes(label + " ERROR", kToolRed);
+    notes(label + " ERROR", kRed);
     host_.show_window(WindowId::kErrorView);
     return;
   }
-  notes(label + " complete", kToolWhite);
+  notes(label + " complete", kWhite);
   state_.HexFileName = run->names.hex_file;
   test_box(state_.HexFileName);
   if (panel_.load_hex) panel_.load_hex();

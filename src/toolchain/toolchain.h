@@ -10,16 +10,13 @@
 #include <memory>
 #include <string>
 
+#include "common/colours.h"
 #include "common/host.h"
 #include "image/programmer_state.h"
 #include "toolchain/tool_names.h"
 #include "toolchain/tool_settings.h"
 
 namespace zenta {
-
-inline constexpr std::uint32_t kToolWhite = 0xFFFFFF;
-inline constexpr std::uint32_t kToolRed = 0xFF0000;
-inline constexpr std::uint32_t kToolLavender = 0xD6CCEE;
 
 struct ToolPanel {
   std::function<std::string()> file_name;                 // FilenameTextbox
