@@ -103,22 +103,10 @@ VoltMeterWindow::VoltMeterWindow(Unit& unit, SettingsStore& settings, QWidget* p
   text1_ = make_box(this, "Text1", "Scaled x 0.0196", {84, 184, 72, 22});
   text2_ = make_box(this, "Text2", "Scaled x 5 / 255", {160, 184, 76, 22});
 
-  connect(read, &QPushButton::clicked, this, [this] {
-    model_.Command_READ_Click();
-    render();
-  });
-  connect(autob, &QPushButton::clicked, this, [this] {
-    model_.Command_AUTO_Click();
-    render();
-  });
-  connect(comp, &QPushButton::clicked, this, [this] {
-    model_.Command_COMP_Click();
-    render();
-  });
-  connect(log_, &QPushButton::clicked, this, [this] {
-    model_.Command_LOG_Click();
-    render();
-  });
+  forward(read, this, model_, &VoltMeter::Command_READ_Click);
+  forward(autob, this, model_, &VoltMeter::Command_AUTO_Click);
+  forward(comp, this, model_, &VoltMeter::Command_COMP_Click);
+  forward(log_, this, model_, &VoltMeter::Command_LOG_Click);
   connect(exit, &QPushButton::clicked, this, &QWidget::close);
   connect(text_comp_, &QLineEdit::textChanged, this,
           [this](const QString& text) { model_.Text_COMP_Change(text.toStdString()); });
@@ -179,18 +167,9 @@ FrequencyCounterWindow::FrequencyCounterWindow(Unit& unit, QWidget* parent)
   auto* exit = make_button(this, "Command_EXIT", "EXIT", nullptr, {176, 150, 56, 26});
   connect(gateh_, &QRadioButton::clicked, this, [this] { model_.Option_GATEH_Click(); });
   connect(gatel_, &QRadioButton::clicked, this, [this] { model_.Option_GATEL_Click(); });
-  connect(read, &QPushButton::clicked, this, [this] {
-    model_.Command_READ_Click();
-    render();
-  });
-  connect(autob, &QPushButton::clicked, this, [this] {
-    model_.Command_AUTO_Click();
-    render();
-  });
-  connect(log_, &QPushButton::clicked, this, [this] {
-    model_.Command_LOG_Click();
-    render();
-  });
+  forward(read, this, model_, &FrequencyCounter::Command_READ_Click);
+  forward(autob, this, model_, &FrequencyCounter::Command_AUTO_Click);
+  forward(log_, this, model_, &FrequencyCounter::Command_LOG_Click);
   connect(exit, &QPushButton::clicked, this, &QWidget::close);
   connect(&timer_auto_, &QTimer::timeout, this, [this] {
     model_.Timer_AUTO_Timer();

@@ -2,6 +2,7 @@
 // The three meter windows VM, Form_FCNT and Form_CNT. Modal: the main
 // window takes no input while one is open, and their AUTO timers run all
 // the same (the modality is the window's, not a nested event loop).
+#include <QPushButton>
 #include <QTimer>
 #include <QWidget>
 #include <memory>
@@ -27,6 +28,14 @@ class MeterWindow : public QWidget {
   QLabel* make_grey_label(const char* caption, Place place);
   // Brings the timer in line with the model's AUTO state.
   void render_auto(const AutoRead& autoread, Lamp* lamp);
+  // A button runs one event of the window's model, then the window shows it.
+  template <typename Window, typename Model>
+  void forward(QPushButton* button, Window* window, Model& model, void (Model::*event)()) {
+    connect(button, &QPushButton::clicked, this, [window, &model, event] {
+      (model.*event)();
+      window->render();
+    });
+  }
   QTimer timer_auto_;
 };
 
