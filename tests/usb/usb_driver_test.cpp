@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "core/fakes.h"
+#include "core/panel_rig.h"
 #include "emulated_unit.h"
 #include "link/command_codes.h"
 #include "panel/main_form.h"
@@ -42,19 +43,8 @@ double seconds_since(std::chrono::steady_clock::time_point start) {
 }
 
 // Start-up, the chip's device entry, then READ: the panel's whole program read.
-struct Session {
-  sim::SimUnit& unit;
-  UnitDriver& driver;
-  FakeHost host;
-  MemorySettingsStore store;
-  ProgrammerState state;
-  ToolSettings tools;
-  BufferViewModel program_view = make_program_view();
-  BufferViewModel eeprom_view = make_eeprom_view();
-  Unit opened{driver, host};
-  MainForm form{{opened, host, store, state, tools, program_view, eeprom_view}};
-
-  Session(sim::SimUnit& u, UnitDriver& d) : unit(u), driver(d) {}
+struct Session : FormParts<UnitDriver&> {
+  explicit Session(UnitDriver& driver) : FormParts(driver) {}
   bool start() {
     store.save(kSettingsApp, kPanelSection, kExactKey, "1");  // the documented sequences
     if (!form.Form_Load()) return false;
@@ -76,7 +66,7 @@ struct Reference {
 Reference reference_read() {
   sim::SimUnit unit(kChip);
   fill_program(unit);
-  Session session(unit, unit);
+  Session session(unit);
   EXPECT_TRUE(session.start());
   session.form.READ_Click();
   return {unit.trace(), session.state};
@@ -131,7 +121,7 @@ TEST(UsbDriverEmulated, ReadStaysInStepWithTheUnit) {
     EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product, c.kind);
     c.fault(bus);
     UsbDriver driver(kUnitUsbId, kTimeoutMs);
-    Session session(unit, driver);
+    Session session(driver);
     ASSERT_TRUE(session.start());
     session.form.READ_Click();
 
@@ -207,7 +197,7 @@ TEST(UsbDriverEmulated, UnitUnpluggedDuringWriteEndsQuickly) {
   sim::SimUnit unit("16F877A");
   EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product);
   UsbDriver driver(kUnitUsbId, 1000);
-  Session session(unit, driver);
+  Session session(driver);
   ASSERT_TRUE(session.start());
   // The checked panel: a lost unit ends the operation (the documented one
   // would try, and report, every packet left).
@@ -223,7 +213,7 @@ TEST(UsbDriverEmulated, UnitUnpluggedDuringWriteEndsQuickly) {
   session.form.WriteButton_Click();
   EXPECT_LT(seconds_since(start), 5.0);
   EXPECT_EQ(bus.exchanges(), unplug_at - 1);
-  EXPECT_EQ(session.opened.link().condition(), UnitCondition::kGone);
+  EXPECT_EQ(session.unit.link().condition(), UnitCondition::kGone);
   // One box says what happened, not one per packet.
   EXPECT_EQ(session.boxes(link_loss_text(LinkLoss::kUnplugged)), 1);
   EXPECT_EQ(session.host.boxes.size(), 1u);
@@ -258,7 +248,7 @@ TEST(UsbDriverEmulated, UnitNotFoundTellsWhy) {
     EmulatedUnit bus(unit, kUnitUsbId.vendor, c.product);
     c.setup(bus);
     UsbDriver driver(kUnitUsbId, kTimeoutMs);
-    Session session(unit, driver);
+    Session session(driver);
     const bool started =
         c.unprivileged ? as_unprivileged([&] { return session.start(); }) : session.start();
     EXPECT_FALSE(started);
@@ -268,7 +258,7 @@ TEST(UsbDriverEmulated, UnitNotFoundTellsWhy) {
     for (const std::string& part : c.hint_has) {
       EXPECT_NE(text.find(part), std::string::npos) << part << " in: " << text;
     }
-    EXPECT_EQ(session.opened.link().USBMSG(), "Driver Open:" + driver_result_texts()[2]);
+    EXPECT_EQ(session.unit.link().USBMSG(), "Driver Open:" + driver_result_texts()[2]);
     EXPECT_EQ(bus.exchanges(), 0);
   }
 }
