@@ -12,6 +12,7 @@
 #include <iostream>
 #include <memory>
 
+#include "common/interrupt.h"
 #include "image/programmer_state.h"
 #include "link/trace_driver.h"
 #include "link/unit.h"
@@ -79,6 +80,17 @@ int main(int argc, char** argv) {
 
   zenta::PanelWindows windows(form, parts, host, choice.simulated);
   windows.main_window().show();
+  // SIGINT, SIGTERM and SIGHUP (a logout, kill) end the panel as closing its
+  // window does: an operation ends at its next step with programming mode
+  // left and the target off, then the window closes and the trace is
+  // flushed. The operation sees the flag itself; this timer closes the
+  // window, also when the panel is idle.
+  zenta::install_interrupt_handlers();
+  QTimer interrupt_watch;
+  QObject::connect(&interrupt_watch, &QTimer::timeout, [&windows] {
+    if (zenta::interrupted()) windows.main_window().close();
+  });
+  interrupt_watch.start(100);
   if (!arguments.file.isEmpty()) {
     QTimer::singleShot(0, &windows.main_window(), [&windows, file = arguments.file] {
       windows.main_window().open_desktop_file(file);

@@ -1,6 +1,8 @@
 #include "image/hex_check.h"
 
-#include <fstream>
+#include <algorithm>
+#include <cstdio>
+#include <sstream>
 
 #include "common/number_text.h"
 #include "image/hex_loader.h"
@@ -15,8 +17,10 @@ constexpr int kDeviceId = 0x2006;
 constexpr int kConfigWord = 0x2007;
 constexpr int kEepromBase = 0x2100;
 
-std::string hex(int value) {
-  return "0x" + hex_text(value);
+std::string hex(long long value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "0x%llX", value);
+  return text;
 }
 
 struct ByteSeen {
@@ -30,6 +34,12 @@ class Checker {
 
   void line(int number, const std::string& text);
   void finish(int lines, bool too_long, bool read_error);
+  // After the end record the loader reads nothing: what follows is named,
+  // not checked (toolchains put comments there).
+  bool ended() const { return ended_; }
+  void text_after_end(int line) {
+    result.findings.push_back({line, "text after the end record is not loaded", false});
+  }
   HexCheck result;
 
  private:
@@ -38,9 +48,9 @@ class Checker {
   void place_words();
 
   HexChipSpace space_;
-  std::map<int, ByteSeen> bytes_;  // by byte address
+  std::map<long long, ByteSeen> bytes_;  // by byte address
+  long long base_ = 0;                   // from the last extended address record
   bool ended_ = false;
-  bool stray_after_end_ = false;
   int blank_line_ = 0;  // the first blank line before the end, 0 for none
   int data_records_ = 0;
 };
@@ -89,11 +99,6 @@ void Checker::line(int number, const std::string& raw) {
     if (!ended_ && blank_line_ == 0) blank_line_ = number;
     return;
   }
-  if (ended_) {
-    if (!stray_after_end_) error(number, "text after the end record is not loaded");
-    stray_after_end_ = true;
-    return;
-  }
   if (blank_line_ > 0) {
     error(blank_line_, "a blank line before the end record: the loader stops reading there");
     blank_line_ = -1;  // said once
@@ -101,7 +106,6 @@ void Checker::line(int number, const std::string& raw) {
   if (text[0] != ':') {
     error(number, "a record starts with ':'; the loader stops reading here");
     ended_ = true;
-    stray_after_end_ = true;
     return;
   }
   std::vector<int> bytes;
@@ -111,7 +115,7 @@ void Checker::line(int number, const std::string& raw) {
     case 0x00:
       ++data_records_;
       for (int j = 0; j < count; ++j) {
-        const int at = address + j;
+        const long long at = base_ + address + j;
         const auto [seen, fresh] =
             bytes_.try_emplace(at, ByteSeen{static_cast<std::uint8_t>(bytes[4 + j]), number});
         if (!fresh && seen->second.value != bytes[4 + j]) {
@@ -125,10 +129,14 @@ void Checker::line(int number, const std::string& raw) {
       break;
     case 0x02:
     case 0x04:
-      if (count != 2 || bytes[4] != 0 || bytes[5] != 0) {
-        error(number, "an upper address other than zero (record type 0" + std::to_string(type) +
-                          ") points past the chip's memory");
+      // The upper address of the data records that follow: a linear
+      // address's top 16 bits, or a segment in units of 16 bytes.
+      if (count != 2 || address != 0) {
+        error(number, "an extended address record (type 0" + std::to_string(type) +
+                          ") has two data bytes and address 0000");
+        break;
       }
+      base_ = static_cast<long long>(bytes[4] * 256 + bytes[5]) << (type == 0x04 ? 16 : 4);
       break;
     default:
       error(number, "record type " + hex_byte(type) + " is not one of 00, 01, 02, 04");
@@ -143,13 +151,14 @@ void Checker::place_words() {
   const int eeprom_end = kEepromBase + space_.eeprom_bytes;
   int eeprom_line = 0, eeprom_first = 0, eeprom_last = 0;
   for (auto it = bytes_.begin(); it != bytes_.end(); ++it) {
-    const int word_address = it->first / 2;
-    const auto low = bytes_.find(word_address * 2);
-    const auto high = bytes_.find(word_address * 2 + 1);
+    const long long word_at = it->first / 2;
+    const int word_address = static_cast<int>(std::min<long long>(word_at, 0x7FFFFFFF));
+    const auto low = bytes_.find(word_at * 2);
+    const auto high = bytes_.find(word_at * 2 + 1);
     if (it->first % 2 == 1 && low != bytes_.end()) continue;  // taken with its low byte
     const int line = it->second.line;
     if (low == bytes_.end() || high == bytes_.end()) {
-      error(line, "word " + hex(word_address) + " has only its " +
+      error(line, "word " + hex(word_at) + " has only its " +
                       (low == bytes_.end() ? "high" : "low") + " byte");
       continue;
     }
@@ -181,7 +190,7 @@ void Checker::place_words() {
       }
       eeprom_last = word_address;
     } else {
-      error(line, "word " + hex(word_address) + " is outside the chip (program 0-" +
+      error(line, "word " + hex(word_at) + " is outside the chip (program 0-" +
                       hex(program_end - 1) + ", configuration 0x2000-0x2007, EEPROM 0x2100-" +
                       hex(eeprom_end - 1) + ")");
     }
@@ -227,20 +236,27 @@ HexCheck check_hex(std::istream& in, const HexChipSpace& space) {
   std::string text;
   bool too_long = false;
   int number = 0;
-  while (read_hex_line(in, text, kLongestHexRecord, too_long)) {
+  while (!checker.ended() && read_hex_line(in, text, kLongestHexRecord, too_long)) {
     checker.line(++number, text);
+  }
+  if (checker.ended()) {
+    // The first line after the end with anything but blanks on it.
+    int line = number + 1;
+    for (int c = in.get(); c != std::char_traits<char>::eof(); c = in.get()) {
+      if (c == '\n') {
+        ++line;
+      } else if (c != ' ' && c != '\t' && c != '\r') {
+        checker.text_after_end(line);
+        break;
+      }
+    }
   }
   checker.finish(number, too_long, in.bad());
   return std::move(checker.result);
 }
 
-HexCheck check_hex_file(const std::string& path, const HexChipSpace& space) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
-    HexCheck check;
-    check.findings.push_back({0, "the file cannot be opened"});
-    return check;
-  }
+HexCheck check_hex_text(const std::string& text, const HexChipSpace& space) {
+  std::istringstream in(text);
   return check_hex(in, space);
 }
 

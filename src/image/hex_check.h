@@ -38,8 +38,12 @@ struct HexCheck {
   bool ok() const;                        // no finding is an error
 };
 
+// No HEX file for these chips comes near this size; a larger input is
+// refused unread rather than held in memory.
+inline constexpr std::size_t kLargestHexFile = 16 * 1024 * 1024;
+
 HexCheck check_hex(std::istream& in, const HexChipSpace& space);
-// The same for a file; a file that cannot be read is one finding.
-HexCheck check_hex_file(const std::string& path, const HexChipSpace& space);
+// The same for a file's text read beforehand.
+HexCheck check_hex_text(const std::string& text, const HexChipSpace& space);
 
 }  // namespace zenta

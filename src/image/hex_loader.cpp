@@ -1,7 +1,9 @@
 #include "image/hex_loader.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "common/file_names.h"
 #include "common/number_text.h"
@@ -44,24 +46,39 @@ bool read_hex_line(std::istream& in, std::string& line, std::size_t longest_fiel
 
 std::optional<std::string> HexFieldReader::next() {
   if (failed_) return std::nullopt;
-  if (!have_line_) {
-    if (!read_hex_line(in_, line_, kLongestHexRecord, too_long_)) {
-      failed_ = in_.bad() || too_long_;
-      return std::nullopt;
-    }
-    have_line_ = true;
-    pos_ = 0;
-  }
-  while (pos_ < line_.size() && (line_[pos_] == ' ' || line_[pos_] == '\t')) ++pos_;
-  const std::size_t comma = line_.find(',', pos_);
+  if (!line_started_) ++line_;
+  // A comma promises one more field, even an empty one at the line's end.
+  bool any = after_comma_;
+  after_comma_ = false;
+  bool leading = true;
+  bool truncated = false;
   std::string field;
-  if (comma == std::string::npos) {
-    field = line_.substr(pos_);
-    have_line_ = false;
-  } else {
-    field = line_.substr(pos_, comma - pos_);
-    pos_ = comma + 1;
+  for (int c = in_.get();; c = in_.get()) {
+    if (c == std::char_traits<char>::eof()) {
+      if (in_.bad()) {
+        failed_ = true;
+        return std::nullopt;
+      }
+      if (!any) return std::nullopt;
+      break;
+    }
+    any = true;
+    if (c == '\n') break;
+    if (c == ',') {
+      after_comma_ = true;
+      break;
+    }
+    if (leading && (c == ' ' || c == '\t')) continue;
+    leading = false;
+    if (field.size() < kLongestHexRecord) {
+      field.push_back(static_cast<char>(c));
+    } else {
+      truncated = true;
+    }
   }
+  line_started_ = after_comma_;
+  // Text written on the panel's home platform ends its lines with CR LF.
+  if (!after_comma_ && !truncated && !field.empty() && field.back() == '\r') field.pop_back();
   return field;
 }
 
@@ -104,9 +121,22 @@ std::int16_t last_word_of_byte(int end_index) {
   return static_cast<std::int16_t>(half % 2 == 0 ? half : half + 1);
 }
 
-HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state) {
+namespace {
+
+constexpr int kExtendedSegment = 0x02;
+constexpr int kExtendedLinear = 0x04;
+
+std::string byte_index_text(long long index) {
+  return index < 0 ? "-" + hex_text(static_cast<int>(-index)) : hex_text(static_cast<int>(index));
+}
+
+}  // namespace
+
+HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state,
+                               const HexLoadOptions& options) {
   HexLoadReport report;
   HexFieldReader reader(in);
+  long long base = 0;  // from the last extended address record
   while (auto field = reader.next()) {
     report.last_field = *field;
     const HexRecord record = parse_hex_record(*field);
@@ -114,21 +144,44 @@ HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state) {
       report.ok = true;
       return report;
     }
-    if (report.first_address == -1) report.first_address = record.address;
+    long long address = record.address;
+    if (options.extended_addresses) {
+      const int type = hex_field(*field, 8, 2);
+      if (type == kExtendedSegment || type == kExtendedLinear) {
+        const long long upper = hex_field(*field, 10, 4);
+        base = type == kExtendedLinear ? upper << 16 : upper << 4;
+        continue;
+      }
+      if (type != 0) continue;
+      address = base + static_cast<std::uint16_t>(record.address);
+    }
+    if (report.first_address == -1) {
+      report.first_address = static_cast<int>(std::min<long long>(address, 0x7FFFFFFF));
+    }
     for (int j = 0; j <= record.last_offset; ++j) {
-      // Addresses are 16-bit, the count at most 255: the sum cannot wrap in
-      // an int, and every index outside the buffer is refused here.
-      const int index = record.address + j;
-      if (index < 0 || index >= kProgramBufferSize) return report;
+      // Addresses are at most 32 bits and the count at most 255: the sum
+      // cannot wrap, and every index outside the buffer is refused here.
+      const long long index = address + j;
+      if (index < 0 || index >= kProgramBufferSize) {
+        report.failed_line = reader.line();
+        report.failure = "byte address " + byte_index_text(index) +
+                         " is outside the program buffer (0-" + hex_text(kProgramBufferSize - 1) +
+                         ")";
+        return report;
+      }
       const int value = hex_record_byte(*field, j);
       state.ProgramBuffer[static_cast<std::size_t>(index)] = static_cast<std::uint8_t>(value);
       report.last_byte = std::to_string(index) + "  " + std::to_string(value);
     }
     // E / 2 > LastAddress, compared without halves.
-    const int end_index = record.address + record.last_offset;
+    const int end_index = static_cast<int>(address) + record.last_offset;
     if (end_index > 2 * state.LastAddress) state.LastAddress = last_word_of_byte(end_index);
   }
   report.ok = !reader.failed();
+  if (!report.ok) {
+    report.failed_line = reader.line() + 1;
+    report.failure = "the file cannot be read past here";
+  }
   return report;
 }
 
@@ -143,6 +196,14 @@ HexLoadReport load_hex_file(const std::string& path, ProgrammerState& state) {
   if (!resolved.empty() && !std::filesystem::is_directory(resolved, error)) in.open(resolved);
   if (!in.is_open()) return {};
   return load_hex_records(in, state);
+}
+
+HexLoadReport load_hex_text(const std::string& text, ProgrammerState& state,
+                            const HexLoadOptions& options) {
+  blank_program_image(state);
+  state.LastAddress = 0;
+  std::istringstream in(text);
+  return load_hex_records(in, state, options);
 }
 
 }  // namespace zenta

@@ -23,26 +23,29 @@ inline constexpr std::size_t kLongestHexRecord = 1 + 2 + 4 + 2 + 2 * 255 + 2;
 // no more memory than one record.
 bool read_hex_line(std::istream& in, std::string& line, std::size_t longest_field, bool& too_long);
 
-// The fields of a HEX file, read line by line: a field ends at a line end or
-// at a comma, and blanks before it are skipped. A well-formed file gives one
-// field per line; a blank line gives an empty field.
+// The fields of a HEX file, read straight from the stream: a field ends at
+// a line end or at a comma, and blanks before it are skipped. A well-formed
+// file gives one field per line; a blank line gives an empty field. Only the
+// first kLongestHexRecord characters of a field are kept: no record reads
+// further, and the first character alone decides whether a field is one, so
+// an endless line costs no more memory than a record and still ends the
+// loading as any other line that is no record does.
 class HexFieldReader {
  public:
   explicit HexFieldReader(std::istream& in) : in_(in) {}
   // The next field; nullopt at the end of the file or on a read error.
   std::optional<std::string> next();
-  // True when reading stopped on an error rather than at the end: a read
-  // error, or a field longer than any valid record.
+  // True when reading stopped on a read error rather than at the end.
   bool failed() const { return failed_; }
-  bool too_long() const { return too_long_; }
+  // The 1-based line of the field returned last.
+  int line() const { return line_; }
 
  private:
   std::istream& in_;
-  std::string line_;
-  std::size_t pos_ = 0;
-  bool have_line_ = false;
+  int line_ = 0;
+  bool line_started_ = false;  // the field returned last ended at a comma
+  bool after_comma_ = false;
   bool failed_ = false;
-  bool too_long_ = false;
 };
 
 // Value of `count` characters of `field` from the 1-based `position`, read as
@@ -73,17 +76,31 @@ std::int16_t last_word_of_byte(int end_index);
 struct HexLoadReport {
   bool ok = false;         // reached the end of the loop
   int first_address = -1;  // byte address of the first record; -1 when none was seen
+  // Where and why a load that is not ok failed: the line (0 for a file that
+  // could not be read at all) and the reason in words.
+  int failed_line = 0;
+  std::string failure;
   // The field read last (the loader shows each in Text2) and "index  value"
   // of the byte stored last (Text_ADMON); nullopt when there was none.
   std::optional<std::string> last_field;
   std::optional<std::string> last_byte;
 };
 
+// How records other than data and end are taken. The panel's own loader
+// stores the bytes of every other record type as data; the checked loader
+// applies extended segment (02) and linear (04) address records to the
+// addresses of the data records after them, as the toolchains mean them,
+// and ignores any other type (the check refuses those files first).
+struct HexLoadOptions {
+  bool extended_addresses = false;
+};
+
 // Reads the records of `in` into state.ProgramBuffer and raises
 // state.LastAddress, up to the end record, a field that is no record or the
 // end of the file. Fails on a read error and on a byte whose index falls
 // outside 0..20000; what was stored before the failing byte stays.
-HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state);
+HexLoadReport load_hex_records(std::istream& in, ProgrammerState& state,
+                               const HexLoadOptions& options = {});
 
 }  // namespace zenta
 
@@ -94,5 +111,9 @@ namespace zenta {
 // and reads the records. The file is closed on every path; a missing file,
 // a folder or an unreadable file gives a report that is not ok.
 HexLoadReport load_hex_file(const std::string& path, ProgrammerState& state);
+// The same from a file's text read beforehand (read_input_file), so a
+// checked load reads its file once for the check and the image.
+HexLoadReport load_hex_text(const std::string& text, ProgrammerState& state,
+                            const HexLoadOptions& options = {});
 
 }  // namespace zenta

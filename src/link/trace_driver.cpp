@@ -17,9 +17,12 @@ std::string format_bytes(const std::uint8_t* bytes, std::size_t count) {
 
 void TraceDriver::put_line(const std::string& line, bool failed) {
   out_ << line << '\n';
-  if (failed || ++unflushed_lines_ >= kTraceFlushLines) {
+  const auto now = std::chrono::steady_clock::now();
+  if (failed || ++unflushed_lines_ >= kTraceFlushLines ||
+      now - last_flush_ >= kTraceFlushInterval) {
     out_.flush();
     unflushed_lines_ = 0;
+    last_flush_ = now;
   }
 }
 
@@ -32,6 +35,14 @@ void TraceDriver::flush_pending() {
 TraceDriver::~TraceDriver() {
   flush_pending();
   out_.flush();
+}
+
+void TraceDriver::flush() {
+  flush_pending();
+  out_.flush();
+  unflushed_lines_ = 0;
+  last_flush_ = std::chrono::steady_clock::now();
+  inner_.flush();
 }
 
 void TraceDriver::close() {

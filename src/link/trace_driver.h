@@ -8,6 +8,7 @@
 // exchange and at close, so a long operation costs no system call per
 // exchange and the lines that explain a failure are on disk.
 #include <array>
+#include <chrono>
 #include <cstdint>
 #include <ostream>
 #include <string>
@@ -19,6 +20,7 @@ namespace zenta {
 std::string format_bytes(const std::uint8_t* bytes, std::size_t count);
 
 inline constexpr int kTraceFlushLines = 1024;
+inline constexpr std::chrono::milliseconds kTraceFlushInterval{100};
 
 class TraceDriver : public UnitDriver {
  public:
@@ -33,6 +35,7 @@ class TraceDriver : public UnitDriver {
   std::int32_t read(std::uint8_t* buffer, std::int32_t length) override;
   UnitCondition condition() const override { return inner_.condition(); }
   std::string open_failure_hint() const override { return inner_.open_failure_hint(); }
+  void flush() override;
 
  private:
   void flush_pending();
@@ -43,6 +46,7 @@ class TraceDriver : public UnitDriver {
   std::ostream& out_;
   std::string pending_;  // the TX part of an exchange whose reply is due
   int unflushed_lines_ = 0;
+  std::chrono::steady_clock::time_point last_flush_ = std::chrono::steady_clock::now();
 };
 
 }  // namespace zenta

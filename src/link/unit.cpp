@@ -23,7 +23,9 @@ Unit::Operation::Operation(Unit& unit) : unit_(unit), started_(!unit.busy_) {
 }
 
 Unit::Operation::~Operation() {
-  if (started_) unit_.set_busy(false);
+  if (!started_) return;
+  unit_.link_.flush_driver();
+  unit_.set_busy(false);
 }
 
 int Unit::subscribe(std::function<void(bool)> listener) {

@@ -47,6 +47,9 @@ class UnitDriver {
   // unit could not be opened and what to do. Empty when there is nothing
   // more to say than the result code.
   virtual std::string open_failure_hint() const { return {}; }
+  // Whatever the driver keeps of its own (a trace's lines) goes out now:
+  // an operation has ended.
+  virtual void flush() {}
 };
 
 }  // namespace zenta

@@ -67,6 +67,8 @@ class UnitLink {
   // status box and returns the driver's result.
   std::int32_t open_driver();
   void close_driver();
+  // An operation has ended: what the driver keeps goes out.
+  void flush_driver() { driver_.flush(); }
   // Why the last open_driver() failed and what to do, when the driver
   // knows more than its result code; empty otherwise.
   std::string open_failure_hint() const { return driver_.open_failure_hint(); }

@@ -60,6 +60,12 @@ bool MainForm::Form_Load() {
                       MessageIcon::kStop);
     return false;
   }
+  // The exact setting decides how the link treats failures from the first
+  // packet on: in exact mode every exchange of the start-up is tried and
+  // each failure says so.
+  view_.exact = settings_.get(kSettingsApp, kPanelSection, kExactKey) == "1";
+  unit_.link().stop_on_loss = !view_.exact;
+  ops_.checked = !view_.exact;
   // 6. Firmware identification: the first exchange, so the reply text holds
   // exactly this reply, or nothing when it failed.
   unit_.read_firmware_version();
@@ -67,8 +73,6 @@ bool MainForm::Form_Load() {
   restore_device();
   // 8. Tool settings.
   load_tool_settings();
-  view_.exact = settings_.get(kSettingsApp, kPanelSection, kExactKey) == "1";
-  unit_.link().stop_on_loss = !view_.exact;
   // 9. Folders.
   view_.Label7 = "TopDIR = " + start_folder_;
   view_.Label9 = "Current DIR = " + host_.current_folder();

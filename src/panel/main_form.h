@@ -13,6 +13,8 @@
 
 #include "common/event_pacer.h"
 #include "common/host.h"
+#include "common/input_file.h"
+#include "common/interrupt.h"
 #include "common/settings_store.h"
 #include "image/buffer_view.h"
 #include "image/programmer_state.h"
@@ -145,13 +147,17 @@ class MainForm : private OperationReport {
   void led(bool on) override;
   void stop_box(const std::string& text, const std::string& title) override;
   void let_events_run() override;
-  bool stop_requested() override { return stop_requested_; }
+  // The window closing, or the program asked to end by a signal.
+  bool stop_requested() override { return stop_requested_ || interrupted(); }
 
   CommandResult refused() const;
   CommandResult safe_write();
+  // What a checked operation could not make safe, in stop boxes: a
+  // calibration not written back, a target that may still be powered.
+  void warn_after(const CommandResult& result);
   void show_findings(const std::vector<std::string>& findings);
   void take_image_facts();
-  bool hex_file_ok();
+  bool hex_file_ok(const InputFile& file);
   void select_device(int index);
   void restore_device();
   void load_tool_settings();

@@ -1,5 +1,6 @@
 // Choosing the target file, deriving its HEX file, and loading HEX images.
 #include "common/file_names.h"
+#include "common/input_file.h"
 #include "common/number_text.h"
 #include "image/hex_check.h"
 #include "image/hex_loader.h"
@@ -28,8 +29,18 @@ bool MainForm::LOAD_HEX() {
 }
 
 bool MainForm::load_hex() {
-  if (!view_.exact && !hex_file_ok()) return false;
-  const HexLoadReport report = load_hex_file(state_.HexFileName, state_);
+  HexLoadReport report;
+  if (view_.exact) {
+    report = load_hex_file(state_.HexFileName, state_);
+  } else {
+    // Read once: the check and the image see the same bytes, from any
+    // kind of file.
+    const std::string path = resolve_case_insensitive(state_.HexFileName);
+    const InputFile file =
+        read_input_file(path.empty() ? state_.HexFileName : path, kLargestHexFile);
+    if (!hex_file_ok(file)) return false;
+    report = load_hex_text(file.text, state_, {.extended_addresses = true});
+  }
   if (report.last_field) view_.Text2 = *report.last_field;
   if (report.last_byte) view_.Text_ADMON = *report.last_byte;
   if (!report.ok) {
@@ -54,13 +65,17 @@ bool MainForm::load_hex() {
   return true;
 }
 
-bool MainForm::hex_file_ok() {
+bool MainForm::hex_file_ok(const InputFile& file) {
   // Checked before the loader touches the buffer: a file with errors leaves
   // the image that was loaded before as it was.
-  const std::string path = resolve_case_insensitive(state_.HexFileName);
-  const HexCheck check =
-      check_hex_file(path.empty() ? state_.HexFileName : path,
-                     {state_.ProgramSize, static_cast<int>(state_.EepromLastAddress) + 1});
+  if (!file.ok) {
+    const std::string text = state_.HexFileName + ": " + file.reason;
+    host_.message_box(text, "FILE ERROR", MessageIcon::kStop);
+    show_findings({"not loaded: " + text});
+    return false;
+  }
+  const HexCheck check = check_hex_text(
+      file.text, {state_.ProgramSize, static_cast<int>(state_.EepromLastAddress) + 1});
   if (check.ok()) return true;
   std::vector<std::string> errors;
   for (const HexFinding& finding : check.findings) {

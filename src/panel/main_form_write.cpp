@@ -19,31 +19,48 @@ CommandResult MainForm::safe_write() {
   if (state_.WaitTicks != 0 || state_.DataLoaded == 0) {
     return run_write(ops_, read_hex16(view_.LastAddrText));
   }
-  const Preflight preflight = preflight_write(ops_, view_.PICsel);
+  const std::optional<std::uint16_t> file_config = image_config_word(state_);
+  Preflight preflight;
+  const CommandResult result = run_checked_write(ops_, view_.PICsel, std::nullopt, preflight);
   std::vector<std::string> findings = preflight.findings;
-  if (const auto config = image_config_word(state_); config && *config == state_.ConfigWord) {
-    findings.insert(
-        findings.begin() + (findings.empty() ? 0 : 1),
-        "configuration word " + config_hex_text(*config >> 8, *config & 0xFF) + " from the file");
+  if (file_config && *file_config == (state_.ConfigWord & 0x3FFF)) {
+    findings.insert(findings.begin() + (findings.empty() ? 0 : 1),
+                    "configuration word " +
+                        config_hex_text(*file_config >> 8, *file_config & 0xFF) + " from the file");
   }
-  show_findings(findings);
   if (preflight.refused) {
     if (!preflight.refusal.empty()) {
       host_.message_box(preflight.refusal, "WRITE ERROR", MessageIcon::kStop);
     }
-    notes("Write refused", kRed);
-    return refused();
+    if (!preflight.failed_while.empty()) {
+      findings.push_back("an exchange failed while " + preflight.failed_while +
+                         ": the chip was not touched");
+    }
+    show_findings(findings);
+    notes(preflight.interrupted ? kStoppedText : "Write refused", kRed);
+    return result;
   }
-  // What the checks changed is shown before the write starts.
-  LastAddrText_Change(hex_text(preflight.last_address));
+  show_findings(findings);
+  // What the checks changed is shown in the boxes.
+  LastAddrText_Change(hex_text(state_.LastAddress));
   ConfigAddrText_Change(config_hex_text(state_.ConfigHigh, state_.ConfigLow));
-  ops_.step_over_blank_words = true;
-  const std::string erase_mode = state_.EraseMode;
-  state_.EraseMode = safe_erase_mode(view_.PICsel, erase_mode);
-  const CommandResult result = run_write(ops_, preflight.last_address);
-  state_.EraseMode = erase_mode;
-  ops_.step_over_blank_words = false;
+  warn_after(result);
   return result;
+}
+
+void MainForm::warn_after(const CommandResult& result) {
+  if (result.calibration_at_risk) {
+    host_.message_box("The chip was erased, but its " + *result.calibration_at_risk +
+                          " could not be written back. Write them back before the chip is used.",
+                      "WRITE ERROR", MessageIcon::kStop);
+  }
+  // A lost unit's message already says to unplug it.
+  if (result.target_powered && !unit_.link().lost()) {
+    host_.message_box(
+        "Switching the target off failed: it may still be powered. Unplug the unit before "
+        "taking the chip out.",
+        "USB ERROR", MessageIcon::kStop);
+  }
 }
 
 CommandResult MainForm::VerifyButton_Click() {
@@ -71,9 +88,10 @@ CommandResult MainForm::ERASEButton_Click() {
         host_.message_box(preflight.refusal, "ERASE ERROR", MessageIcon::kStop);
       }
       notes("Erase refused", kRed);
-    } else if (!result.config || result.config->written) {
+    } else if (!result.calibration_at_risk) {
       notes("Chip Erase Complete", kWhite);
     }
+    warn_after(result);
     changed();
     return result;
   }
@@ -124,6 +142,7 @@ void MainForm::show_findings(const std::vector<std::string>& findings) {
 void MainForm::Exact_Click(bool checked) {
   view_.exact = checked;
   unit_.link().stop_on_loss = !checked;
+  ops_.checked = !checked;
   if (checked) view_.StatusLine.clear();
   settings_.save(kSettingsApp, kPanelSection, kExactKey, checked ? "1" : "0");
   changed();

@@ -17,8 +17,28 @@ bool ChipOperations::pause() {
 }
 
 void ChipOperations::set_supply(bool on) {
-  set_target_supply(link_, on);
+  if (on || !checked) {
+    set_target_supply(link_, on);
+    supply_maybe_on_ = on;
+  } else {
+    // An unplugged unit powers nothing.
+    supply_maybe_on_ = !send_retried({UNIT_VCC, 0}) && link_.loss() != LinkLoss::kUnplugged;
+  }
   report_.supply(on);
+}
+
+bool ChipOperations::send_retried(const std::array<std::uint8_t, 8>& packet) {
+  for (int attempt = 0; attempt < (checked ? kExchangeTries : 1); ++attempt) {
+    if (attempt > 0 && link_.lost()) break;
+    const std::uint64_t before = link_.failures();
+    send_packet(link_, packet);
+    if (link_.failures() == before) return true;
+  }
+  return false;
+}
+
+void ChipOperations::leave(LeaveMode mode) {
+  for (const Packet& packet : leave_packets(mode)) send_retried(packet);
 }
 
 void ChipOperations::set_led(bool on) {
@@ -52,22 +72,25 @@ void ChipOperations::WRITE_PROG() {
         if (i != 7) link_.SENDCMD(ICSP_INC_ADDR, 1);
       }
       if (blanks != 8) {
+        if (!may_program()) break;
         link_.SENDCMD(ICSP_BEGIN_PROG_ONLY);
         link_.SENDCMD(ICSP_END_PROG);
       }
       report_.progress(++row, rows);
       if (pause()) break;
       link_.SENDCMD(ICSP_INC_ADDR, 1);
-    } while (a <= last);
+      // The counter wraps past the chip's last row onto row 0.
+    } while (a <= last && (chip_words == 0 || a < chip_words));
   } else if (mode == "1" || mode == "2") {
     // Word by word up to the word after the last address, each with its own
     // cycle: erase/program for mode "1", program-only for mode "2".
     const std::uint8_t cycle = mode == "1" ? ICSP_BEGIN_ERASE_PROG : ICSP_BEGIN_PROG_ONLY;
-    const int end = last + 1;
+    const int end = chip_words > 0 ? std::min(last + 1, chip_words - 1) : last + 1;
     for (int a = 0; a <= end; ++a) {
       report_.current_address(a);
       if (!step_over_blank_words || state_.word(a) != kBlankWord) {
         link_.SENDCMD(ICSP_LOAD_DATA, buffer[2 * a + 1], buffer[2 * a]);
+        if (!may_program()) break;
         link_.SENDCMD(cycle);
       }
       link_.SENDCMD(ICSP_INC_ADDR, 1);
@@ -75,7 +98,7 @@ void ChipOperations::WRITE_PROG() {
       if (pause()) break;
     }
   }
-  leave_programming_mode(link_, LeaveMode::kAfterWrite);
+  leave(LeaveMode::kAfterWrite);
   report_.progress(0, 0);
   if (stop_requested()) return report_.notes(kStoppedText, kRed);
   report_.notes("Write Complete", kWhite);
@@ -99,7 +122,7 @@ VerifyResult ChipOperations::VERIFY_PROG() {
       if (buffer[2 * w + 1] != reply[2 * n] || buffer[2 * w] != reply[2 * n + 1]) {
         const VerifyMismatch mismatch{w, state_.word(w), reply[2 * n] * 256 + reply[2 * n + 1]};
         report_.stop_box("Verify Data ERROR", "VERIFY ERROR");
-        leave_programming_mode(link_, LeaveMode::kAfterWrite);
+        leave(LeaveMode::kAfterWrite);
         state_.WaitTicks = 0;
         report_.progress(0, 0);
         report_.notes("Verify Error", kRed);
@@ -113,7 +136,7 @@ VerifyResult ChipOperations::VERIFY_PROG() {
     report_.progress(std::min(a, total), total);
     if (pause() || a >= last) break;
   }
-  leave_programming_mode(link_, LeaveMode::kAfterWrite);
+  leave(LeaveMode::kAfterWrite);
   report_.progress(0, 0);
   if (stop_requested()) {
     report_.notes(kStoppedText, kRed);
@@ -141,7 +164,9 @@ ConfigResult ChipOperations::WRITE_CONFIG() {
   for (int i = 0; i < 7; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
   link_.SENDCMD(ICSP_LOAD_DATA, static_cast<std::uint8_t>(high), static_cast<std::uint8_t>(low));
   const std::string& mode = state_.WriteMode;
-  if (mode == "0" || mode == "1") {
+  if (!may_program()) {
+    // The counter or the latch is not what the cycle would need.
+  } else if (mode == "0" || mode == "1") {
     link_.SENDCMD(ICSP_BEGIN_ERASE_PROG);
   } else if (mode == "2") {
     link_.SENDCMD(ICSP_BEGIN_PROG_ONLY);
@@ -152,7 +177,7 @@ ConfigResult ChipOperations::WRITE_CONFIG() {
   result.read_back = link_.RxBuffer[0] * 256 + link_.RxBuffer[1];
   result.written = link_.RxBuffer[0] == high && link_.RxBuffer[1] == low;
   if (!result.written) report_.stop_box("Can't Write to Config", "WRITE ERROR");
-  leave_programming_mode(link_, LeaveMode::kAfterConfig);
+  leave(LeaveMode::kAfterConfig);
   if (result.written) {
     report_.notes("Config Write Complete", kWhite);
     return result;
@@ -174,7 +199,7 @@ DeviceIdResult ChipOperations::READ_DEVID() {
   // whatever the failed read left there.
   const int high = link_.RxBuffer[0];
   const int low = link_.RxBuffer[1];
-  leave_programming_mode(link_, LeaveMode::kAfterWrite);
+  leave(LeaveMode::kAfterWrite);
 
   state_.DeviceId = high * 256 + low;
   DEVID_NAME();
@@ -210,7 +235,7 @@ ReadResult ChipOperations::READ_PROG(std::int16_t end_address) {
     if (pause()) break;
   } while (a <= end_address);
   report_.current_address(a);
-  leave_programming_mode(link_, LeaveMode::kAfterRead);
+  leave(LeaveMode::kAfterRead);
   state_.WaitTicks = 0;
   report_.progress(0, 0);
   if (stop_requested()) {
@@ -246,7 +271,7 @@ ReadResult ChipOperations::READ_EE() {
       break;
     }
   } while (e < last);
-  leave_programming_mode(link_, LeaveMode::kAfterRead);
+  leave(LeaveMode::kAfterRead);
   state_.WaitTicks = 0;
   if (stop_requested()) {
     report_.notes(kStoppedText, kRed);
@@ -262,8 +287,11 @@ ReadResult ChipOperations::READ_EE() {
 
 void ChipOperations::CHIP_ERASE() {
   enter_programming_mode(link_);
-  for (const Packet& packet : erase_packets(state_.EraseMode)) send_packet(link_, packet);
-  leave_programming_mode(link_, LeaveMode::kAfterRead);
+  for (const Packet& packet : erase_packets(state_.EraseMode)) {
+    if (packet[0] != ICSP_LOAD_DATA && !may_program()) break;
+    send_packet(link_, packet);
+  }
+  leave(LeaveMode::kAfterRead);
   report_.notes("Chip Erase Complete", kWhite);
 }
 

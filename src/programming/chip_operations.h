@@ -6,10 +6,12 @@
 // reported by the link; a procedure goes on with its next packet and looks
 // at replies only where it must (verify, read-back, identification, reads).
 // Callers hold the unit's Operation while they run one.
+#include <array>
 #include <cstdint>
 #include <optional>
 
 #include "image/programmer_state.h"
+#include "link/command_codes.h"
 #include "link/unit.h"
 #include "programming/operation_report.h"
 
@@ -78,13 +80,44 @@ class ChipOperations {
   // may then run to the chip's end without touching what lies past it.
   bool step_over_blank_words = false;
 
+  // Safe mode's way out: a supply-off or leave-programming-mode exchange
+  // that failed is tried again, so one glitch never leaves the target
+  // powered or MCLR at Vpp.
+  bool checked = false;
+  // Safe mode's changes to a chip: no programming or erase cycle is sent
+  // once an exchange has failed since fail_mark() (the word or address it
+  // would program is not the one meant), and the operation ends at its
+  // next step.
+  bool stop_on_failure = false;
+  // The memory of the chip that answered, in words: the write's address
+  // walk never passes it. 0 for no limit (the documented walk).
+  int chip_words = 0;
+  void fail_mark() { failures_mark_ = link_.failures(); }
+  bool failed_since_mark() const { return link_.failures() != failures_mark_; }
+  // Whether a programming or erase cycle may be sent now.
+  bool may_program() const { return !link_.lost() && !(stop_on_failure && failed_since_mark()); }
+
   // True when the operation must end early: the front end asks it to stop,
-  // or the unit was lost (then the rest of the operation sends nothing).
-  bool stop_requested() { return report_.stop_requested() || link_.lost(); }
+  // the unit was lost (then the rest of the operation sends nothing), or in
+  // safe mode an exchange failed.
+  bool stop_requested() {
+    return report_.stop_requested() || link_.lost() || (stop_on_failure && failed_since_mark());
+  }
 
   // Supply and LED with their captions.
   void set_supply(bool on);
   void set_led(bool on);
+  // After the supply was switched off: whether the target may still be
+  // powered, because every try of that exchange failed.
+  bool target_may_be_powered() const { return supply_maybe_on_; }
+
+  // Leaves programming mode; in safe mode each failed packet is tried again.
+  void leave(LeaveMode mode);
+  // One packet, tried again in safe mode while it fails (at most
+  // kExchangeTries times, and not once the unit is lost); true when it
+  // went through.
+  bool send_retried(const std::array<std::uint8_t, 8>& packet);
+  static constexpr int kExchangeTries = 3;
 
  private:
   // Lets events run between steps; true when the operation must end.
@@ -94,6 +127,8 @@ class ChipOperations {
   UnitLink& link_;
   ProgrammerState& state_;
   OperationReport& report_;
+  std::uint64_t failures_mark_ = 0;
+  bool supply_maybe_on_ = false;
 };
 
 }  // namespace zenta

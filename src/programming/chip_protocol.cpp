@@ -14,21 +14,20 @@ void enter_programming_mode(UnitLink& link) {
   link.SENDCMD(UNIT_MCLR_LEVEL, kMclrVpp);
 }
 
-void leave_programming_mode(UnitLink& link, LeaveMode mode) {
+std::array<Packet, 2> leave_packets(LeaveMode mode) {
   switch (mode) {
     case LeaveMode::kAfterWrite:
-      link.SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
-      link.SENDCMD(UNIT_PGM_LINES, 1);
-      break;
+      return {{{UNIT_MCLR_LEVEL, kMclr5V}, {UNIT_PGM_LINES, 1}}};
     case LeaveMode::kAfterRead:
-      link.SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
-      link.SENDCMD(UNIT_PGM_LINES, 2);
-      break;
+      return {{{UNIT_MCLR_LEVEL, kMclr5V}, {UNIT_PGM_LINES, 2}}};
     case LeaveMode::kAfterConfig:
-      link.SENDCMD(UNIT_MCLR_LEVEL, kMclr0V);
-      link.SENDCMD(UNIT_PGM_LINES, 1);
       break;
   }
+  return {{{UNIT_MCLR_LEVEL, kMclr0V}, {UNIT_PGM_LINES, 1}}};
+}
+
+void leave_programming_mode(UnitLink& link, LeaveMode mode) {
+  for (const Packet& packet : leave_packets(mode)) send_packet(link, packet);
 }
 
 std::vector<Packet> erase_packets(const std::string& erase_mode) {

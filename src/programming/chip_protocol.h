@@ -22,6 +22,7 @@ void send_packet(UnitLink& link, const Packet& packet);
 void enter_programming_mode(UnitLink& link);
 // MCLR to 5 V (0 V after a configuration write), then the programming lines
 // to the mode the next state of the unit needs.
+std::array<Packet, 2> leave_packets(LeaveMode mode);
 void leave_programming_mode(UnitLink& link, LeaveMode mode);
 
 // Target commands of the erase procedure for an EraseMode; none for a mode

@@ -15,6 +15,7 @@ struct ChipFacts {
   int entry;             // catalogue index of the entry that programs it
   int program_words;     // implemented program memory
   bool calibrated;       // calibration word at the top and band-gap bits to keep
+  int eeprom_bytes;      // data EEPROM
 };
 
 // Every chip the catalogue programs.
@@ -27,6 +28,8 @@ std::optional<ChipFacts> chip_by_name(const std::string& name);
 // An answer that says no chip is there: all ones (nothing drives the line)
 // or all zeros.
 bool no_chip_answer(std::uint16_t id);
+// Whether the chips of an entry carry a calibration word and band-gap bits.
+bool entry_is_calibrated(int entry);
 // The names of the chips an entry programs, for messages: "16F627A, 16F628A, 16F648A".
 std::string entry_chip_names(int entry);
 

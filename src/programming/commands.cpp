@@ -41,7 +41,8 @@ bool write_range_ok(const ProgrammerState& state, std::int16_t last_address) {
 
 }  // namespace
 
-CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address) {
+CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address,
+                        const std::function<void(CommandResult&)>& after_erase) {
   ProgrammerState& state = ops.state();
   if (state.WaitTicks != 0) return refused();
   if (state.DataLoaded == 0) {
@@ -57,14 +58,29 @@ CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_ad
   ops.set_led(true);
   ops.set_supply(true);
   state.LastAddress = *last_address;
-  ops.CHIP_ERASE();
-  ops.WRITE_PROG();
-  // An interrupted write skips the rest but still powers the target down.
+  // An interrupted write skips the rest but still powers the target down;
+  // one interrupted before the erase erases nothing.
+  if (!ops.stop_requested()) {
+    ops.CHIP_ERASE();
+    if (after_erase) after_erase(result);
+    if (!ops.stop_requested()) ops.WRITE_PROG();
+  }
   result.stopped = ops.stop_requested();
   if (!result.stopped) result.mismatch = ops.VERIFY_PROG().mismatch;
   result.stopped = ops.stop_requested();
-  if (!result.stopped) result.config = ops.WRITE_CONFIG();
+  if (!result.stopped) {
+    result.config = ops.WRITE_CONFIG();
+    // Safe mode: a configuration write that an exchange failure kept from
+    // its cycle is tried again; the word must not be left half done.
+    for (int attempt = 1; ops.stop_on_failure && ops.failed_since_mark() &&
+                          !ops.unit().link().lost() && attempt < ChipOperations::kExchangeTries;
+         ++attempt) {
+      ops.fail_mark();
+      result.config = ops.WRITE_CONFIG();
+    }
+  }
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
   if (!result.stopped) ops.report().notes("Write Complete", kLavender);
   ops.unit().link().SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
@@ -87,6 +103,7 @@ CommandResult run_verify(ChipOperations& ops) {
   result.mismatch = ops.VERIFY_PROG().mismatch;
   result.stopped = ops.stop_requested();
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
   result.failed_exchanges = failures.failed();
   return result;
@@ -96,8 +113,11 @@ CommandResult run_erase(ChipOperations& ops) {
   FailureCount failures(ops);
   CommandResult result;
   ops.set_supply(true);
-  ops.CHIP_ERASE();
+  // Asked to stop before the erase: nothing is erased.
+  if (!ops.stop_requested()) ops.CHIP_ERASE();
+  result.stopped = ops.stop_requested();
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   result.failed_exchanges = failures.failed();
   return result;
 }
@@ -116,6 +136,7 @@ CommandResult run_read(ChipOperations& ops, std::optional<std::int16_t> end_addr
   result.read = ops.READ_PROG(*end_address);
   result.stopped = ops.stop_requested();
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
   ops.state().DataLoaded = 0;
   result.failed_exchanges = failures.failed();
@@ -130,6 +151,7 @@ CommandResult run_read_eeprom(ChipOperations& ops) {
   result.read = ops.READ_EE();
   result.stopped = ops.stop_requested();
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
   ops.state().WaitTicks = 0;
   result.failed_exchanges = failures.failed();
@@ -140,14 +162,15 @@ namespace {
 
 // The identification's walk through configuration space to `steps` past
 // 0x2000, a pause and one word read; programming mode around it.
-int read_config_space_word(UnitLink& link, int steps) {
+int read_config_space_word(ChipOperations& ops, int steps) {
+  UnitLink& link = ops.unit().link();
   enter_programming_mode(link);
   link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
   for (int i = 0; i < steps; ++i) link.SENDCMD(ICSP_INC_ADDR, 0);
   link.SENDCMD(UNIT_WAIT, 10);
   link.SENDCMD(ICSP_READ_DATA, 1);
   const int word = link.RxBuffer[0] * 256 + link.RxBuffer[1];
-  leave_programming_mode(link, LeaveMode::kAfterWrite);
+  ops.leave(LeaveMode::kAfterWrite);
   return word;
 }
 
@@ -159,13 +182,15 @@ CommandResult run_read_config(ChipOperations& ops) {
   FailureCount failures(ops);
   CommandResult result;
   ops.set_supply(true);
-  result.config_read = read_config_space_word(ops.unit().link(), kConfigAddress - 0x2000);
+  result.config_read = read_config_space_word(ops, kConfigAddress - 0x2000);
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   result.failed_exchanges = failures.failed();
   return result;
 }
 
-CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<int> config_word) {
+CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<int> config_word,
+                             int config_mask) {
   ProgrammerState& state = ops.state();
   if (last_word < -1 || last_word >= kProgramBufferWords) {
     ops.report().stop_box(kAddressRangeText, "VERIFY ERROR");
@@ -194,13 +219,16 @@ CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<i
     report.let_events_run();
     result.stopped = ops.stop_requested();
   }
-  leave_programming_mode(link, LeaveMode::kAfterWrite);
+  ops.leave(LeaveMode::kAfterWrite);
   report.progress(0, 0);
   if (!result.mismatch && !result.stopped && config_word) {
-    const int chip = read_config_space_word(link, kConfigAddress - 0x2000);
-    if (chip != *config_word) result.mismatch = VerifyMismatch{kConfigAddress, *config_word, chip};
+    const int chip = read_config_space_word(ops, kConfigAddress - 0x2000);
+    if ((chip & config_mask) != (*config_word & config_mask)) {
+      result.mismatch = VerifyMismatch{kConfigAddress, *config_word, chip};
+    }
   }
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
   if (result.mismatch) {
     report.stop_box("Verify Data ERROR", "VERIFY ERROR");
@@ -220,6 +248,7 @@ CommandResult run_identify(ChipOperations& ops) {
   ops.set_supply(true);
   result.device = ops.READ_DEVID();
   ops.set_supply(false);
+  result.target_powered = ops.target_may_be_powered();
   result.failed_exchanges = failures.failed();
   return result;
 }

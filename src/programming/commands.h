@@ -5,7 +5,9 @@
 // refused command leaves the unit untouched. Callers hold the unit's
 // Operation and turn their own inputs (box texts, options) into numbers.
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <string>
 
 #include "programming/chip_operations.h"
 
@@ -21,6 +23,12 @@ struct CommandResult {
   std::optional<ReadResult> read;
   std::optional<DeviceIdResult> device;
   std::optional<int> config_read;  // the configuration word a read brought back
+  // Every try of switching the target off failed: it may still be powered.
+  bool target_powered = false;
+  // A calibrated chip was erased and its calibration word and band-gap bits
+  // could not be written back and read back as kept: what they were, for
+  // the user to write back ("calibration word 3480, band-gap bits 1000").
+  std::optional<std::string> calibration_at_risk;
 
   // Everything went through: no refusal, no failed exchange, no mismatch,
   // the configuration word read back as written.
@@ -33,7 +41,12 @@ struct CommandResult {
 // WRITE: erase, program write, verify and configuration write, each step
 // running to its end whatever the one before reported. `last_address` is
 // the LAST box as a number; nullopt when its text fits no 16-bit number.
-CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address);
+// `after_erase` runs right after the erase (safe mode gives a calibrated
+// chip its calibration back there). An operation asked to stop before the
+// erase erases nothing; in safe mode a configuration write whose exchanges
+// failed is tried again.
+CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address,
+                        const std::function<void(CommandResult&)>& after_erase = {});
 // VERIFY: compares up to LastAddress as it stands.
 CommandResult run_verify(ChipOperations& ops);
 // ERASE: the device's erase with the supply on.
@@ -52,9 +65,12 @@ CommandResult run_read_config(ChipOperations& ops);
 // A verify that leaves nothing out: program words 0 through `last_word`
 // (inclusive; -1 for none) against ProgramBuffer, four per read, then, when
 // `config_word` is given, the configuration word read back as
-// run_read_config does. The first difference is `mismatch`; a configuration
-// word that differs has address 0x2007.
-CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<int> config_word);
+// run_read_config does, compared in the bits of `config_mask` (a
+// calibrated chip keeps its own band-gap bits whatever the file says). The
+// first difference is `mismatch`; a configuration word that differs has
+// address 0x2007.
+CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<int> config_word,
+                             int config_mask = 0x3FFF);
 
 }  // namespace zenta
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 
 #include "common/number_text.h"
 #include "link/command_codes.h"
@@ -29,7 +30,8 @@ bool is_retlw(int word) {
 }
 
 // Words 0..last of program memory, four per read; returns the word at `last`.
-int read_program_word(UnitLink& link, int address) {
+int read_program_word(ChipOperations& ops, int address) {
+  UnitLink& link = ops.unit().link();
   enter_programming_mode(link);
   int group = 0;
   for (; group + 4 <= address; group += 4) {
@@ -39,17 +41,18 @@ int read_program_word(UnitLink& link, int address) {
   link.SENDCMD(ICSP_READ_DATA, 4);
   const int k = address - group;
   const int word = link.RxBuffer[2 * k] * 256 + link.RxBuffer[2 * k + 1];
-  leave_programming_mode(link, LeaveMode::kAfterRead);
+  ops.leave(LeaveMode::kAfterRead);
   return word;
 }
 
-int read_config_word(UnitLink& link) {
+int read_config_word(ChipOperations& ops) {
+  UnitLink& link = ops.unit().link();
   enter_programming_mode(link);
   link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
   for (int i = 0; i < kConfigAddress - 0x2000; ++i) link.SENDCMD(ICSP_INC_ADDR, 0);
   link.SENDCMD(ICSP_READ_DATA, 1);
   const int word = link.RxBuffer[0] * 256 + link.RxBuffer[1];
-  leave_programming_mode(link, LeaveMode::kAfterRead);
+  ops.leave(LeaveMode::kAfterRead);
   return word;
 }
 
@@ -60,26 +63,34 @@ void set_config(ProgrammerState& state, int word) {
 }
 
 // Calibrated chips lose the word at 0x3FF and the band-gap bits with every
-// bulk erase: read them first and write them back with the image.
-void keep_calibration(ChipOperations& ops, Preflight& result) {
-  UnitLink& link = ops.unit().link();
-  ProgrammerState& state = ops.state();
-  const int chip_word = read_program_word(link, kCalibrationAddress);
-  const int chip_config = read_config_word(link);
+// bulk erase: they are read first, with the target powered. False when an
+// exchange failed: then nothing is known, and nothing may be erased.
+bool read_calibration(ChipOperations& ops, int& word, int& config) {
+  const std::uint64_t before = ops.unit().link().failures();
+  ops.set_supply(true);
+  word = read_program_word(ops, kCalibrationAddress);
+  config = read_config_word(ops);
+  ops.set_supply(false);
+  return ops.unit().link().failures() == before;
+}
+
+void keep_calibration(ProgrammerState& state, int chip_word, int chip_config, Preflight& result) {
+  result.band_gap = chip_config & kBandGapBits;
   const int image_word = state.word(kCalibrationAddress);
   if (image_word != kBlankWord) {
+    result.calibration = image_word;
     result.findings.push_back("calibration " + four_digits(image_word) +
                               " from the file written (chip's " + four_digits(chip_word) + ")");
   } else if (is_retlw(chip_word)) {
-    state.set_word(kCalibrationAddress, chip_word);
+    result.calibration = chip_word;
     result.findings.push_back("calibration " + four_digits(chip_word) + " kept");
   } else {
     result.findings.push_back("calibration word " + four_digits(chip_word) +
                               " is no RETLW: already lost");
   }
-  const int merged = (state.ConfigWord & ~kBandGapBits & 0x3FFF) | (chip_config & kBandGapBits);
+  const int merged = (state.ConfigWord & ~kBandGapBits & 0x3FFF) | result.band_gap;
   if (merged != (state.ConfigWord & 0x3FFF)) {
-    result.findings.push_back("band-gap bits " + four_digits(chip_config & kBandGapBits) + " kept");
+    result.findings.push_back("band-gap bits " + four_digits(result.band_gap) + " kept");
   }
   set_config(state, merged);
 }
@@ -170,9 +181,28 @@ Preflight check_chip(ChipOperations& ops, int entry) {
   return result;
 }
 
+namespace {
+
+// The pre-flight's step boundaries: an interrupt that came in means no
+// erase; so does a failed exchange, which leaves unknown what the chip holds.
+bool preflight_must_end(ChipOperations& ops, Preflight& result, const char* reading) {
+  if (ops.report().stop_requested()) {
+    result.refused = true;
+    result.interrupted = true;
+  } else if (ops.unit().link().lost()) {
+    result.refused = true;
+  } else if (reading != nullptr) {
+    result.refused = true;
+    result.failed_while = reading;
+  }
+  return result.refused;
+}
+
+}  // namespace
+
 Preflight preflight_write(ChipOperations& ops, int entry) {
   Preflight result = check_chip(ops, entry);
-  if (result.refused) return result;
+  if (result.refused || preflight_must_end(ops, result, nullptr)) return result;
   // Words past the chip's memory would land on its lowest words.
   if (const int last = last_image_word(ops.state(), 0x2000); last >= result.program_words) {
     result.refused = true;
@@ -183,9 +213,12 @@ Preflight preflight_write(ChipOperations& ops, int entry) {
     return result;
   }
   if (result.chip && result.chip->calibrated) {
-    ops.set_supply(true);
-    keep_calibration(ops, result);
-    ops.set_supply(false);
+    int word = kBlankWord, config = kBlankWord;
+    const bool read = read_calibration(ops, word, config);
+    if (preflight_must_end(ops, result, read ? nullptr : "reading the calibration word")) {
+      return result;
+    }
+    keep_calibration(ops.state(), word, config, result);
   }
   result.last_address = image_last_address(ops.state(), result.program_words);
   if (const auto eeprom = eeprom_data_finding(ops.state())) result.findings.push_back(*eeprom);
@@ -194,59 +227,150 @@ Preflight preflight_write(ChipOperations& ops, int entry) {
 
 namespace {
 
-// The calibration word back at 0x3FF: the counter stepped there from word
-// 0, one load and one erase/program cycle.
-void program_calibration_word(UnitLink& link, int word) {
+// Steps the counter from word 0 to `address`, two exchanges per four words:
+// a four-word read leaves the counter on the last of them.
+void step_to(UnitLink& link, int address) {
+  int at = 0;
+  for (; at + 4 <= address; at += 4) {
+    link.SENDCMD(ICSP_READ_DATA, 4);
+    link.SENDCMD(ICSP_INC_ADDR, 0);
+  }
+  if (address - at == 3) {
+    link.SENDCMD(ICSP_READ_DATA, 4);
+    return;
+  }
+  for (; at < address; ++at) link.SENDCMD(ICSP_INC_ADDR, 0);
+}
+
+// One word programmed with an erase/program cycle and read back: the
+// calibration word at 0x3FF, or the configuration word. The cycle is sent
+// only when every exchange before it went through, so a slipped counter or
+// a lost load never programs a wrong word. True when the read-back equals
+// the word and nothing failed.
+bool program_and_read_back(ChipOperations& ops, int address, int word) {
+  UnitLink& link = ops.unit().link();
+  const std::uint64_t before = link.failures();
   enter_programming_mode(link);
-  for (int a = 0; a < kCalibrationAddress; ++a) link.SENDCMD(ICSP_INC_ADDR, 1);
+  if (address >= 0x2000) {
+    link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
+    for (int a = 0x2000; a < address; ++a) link.SENDCMD(ICSP_INC_ADDR, 0);
+  } else {
+    step_to(link, address);
+  }
   link.SENDCMD(ICSP_LOAD_DATA, static_cast<std::uint8_t>(word >> 8),
                static_cast<std::uint8_t>(word & 0xFF));
-  link.SENDCMD(ICSP_BEGIN_ERASE_PROG);
-  leave_programming_mode(link, LeaveMode::kAfterWrite);
+  if (link.failures() == before && !link.lost()) link.SENDCMD(ICSP_BEGIN_ERASE_PROG);
+  link.SENDCMD(UNIT_WAIT, 10);
+  link.SENDCMD(ICSP_READ_DATA, 1);
+  const int read = link.RxBuffer[0] * 256 + link.RxBuffer[1];
+  ops.leave(address >= 0x2000 ? LeaveMode::kAfterConfig : LeaveMode::kAfterWrite);
+  return link.failures() == before && read == word;
+}
+
+bool program_with_tries(ChipOperations& ops, int address, int word) {
+  for (int attempt = 0; attempt < ChipOperations::kExchangeTries; ++attempt) {
+    if (ops.unit().link().lost()) return false;
+    if (program_and_read_back(ops, address, word)) return true;
+  }
+  return false;
+}
+
+// Right after a bulk erase of a calibrated chip: the calibration word and
+// the configuration word with the saved band-gap bits, each read back and
+// tried again until it holds, so that a kill or a glitch can cost them only
+// in the few exchanges between the erase and these cycles. Nothing here
+// heeds an interrupt: it is the erase's own second half.
+void restore_calibration(ChipOperations& ops, const Preflight& preflight, CommandResult& result) {
+  const int config = (kBlankWord & ~kBandGapBits) | preflight.band_gap;
+  bool kept = true;
+  if (preflight.calibration)
+    kept = program_with_tries(ops, kCalibrationAddress, *preflight.calibration);
+  kept = program_with_tries(ops, kConfigAddress, config) && kept;
+  if (kept) return;
+  std::string what;
+  if (preflight.calibration)
+    what = "calibration word " + four_digits(*preflight.calibration) + ", ";
+  result.calibration_at_risk = what + "band-gap bits " + four_digits(preflight.band_gap);
+}
+
+// Safe mode's settings of the chip operations for one checked operation,
+// put back as they were when it ends.
+class CheckedScope {
+ public:
+  CheckedScope(ChipOperations& ops, int entry) : ops_(ops), erase_mode_(ops.state().EraseMode) {
+    ops.state().EraseMode = safe_erase_mode(entry, erase_mode_);
+    ops.step_over_blank_words = true;
+    ops.stop_on_failure = true;
+    ops.fail_mark();
+  }
+  ~CheckedScope() {
+    ops_.state().EraseMode = erase_mode_;
+    ops_.step_over_blank_words = false;
+    ops_.stop_on_failure = false;
+    ops_.chip_words = 0;
+  }
+  CheckedScope(const CheckedScope&) = delete;
+  CheckedScope& operator=(const CheckedScope&) = delete;
+
+ private:
+  ChipOperations& ops_;
+  std::string erase_mode_;
+};
+
+CommandResult refused_result() {
+  CommandResult refused;
+  refused.refused = true;
+  return refused;
 }
 
 }  // namespace
 
-CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& preflight) {
-  preflight = check_chip(ops, entry);
-  if (preflight.refused) {
-    CommandResult refused;
-    refused.refused = true;
-    return refused;
-  }
-  ProgrammerState& state = ops.state();
+CommandResult run_checked_write(ChipOperations& ops, int entry, std::optional<int> last,
+                                Preflight& preflight) {
+  CheckedScope scope(ops, entry);
+  preflight = preflight_write(ops, entry);
+  if (preflight.refused) return refused_result();
+  ops.chip_words = preflight.program_words;
+  const int range = last ? std::clamp(*last, 0, preflight.program_words) : preflight.last_address;
   const bool calibrated = preflight.chip && preflight.chip->calibrated;
-  int calibration = kBlankWord;
-  int band_gap = kBandGapBits;
-  if (calibrated) {
-    UnitLink& link = ops.unit().link();
-    ops.set_supply(true);
-    calibration = read_program_word(link, kCalibrationAddress);
-    band_gap = read_config_word(link) & kBandGapBits;
-    ops.set_supply(false);
-  }
-  const std::string erase_mode = state.EraseMode;
-  state.EraseMode = safe_erase_mode(entry, erase_mode);
-  CommandResult result = run_erase(ops);
-  state.EraseMode = erase_mode;
-  if (!calibrated || result.stopped) return result;
+  return run_write(ops, static_cast<std::int16_t>(range), [&](CommandResult& result) {
+    if (calibrated) restore_calibration(ops, preflight, result);
+  });
+}
 
-  const std::uint64_t failed_before = ops.unit().link().failures();
-  const int config = state.ConfigWord;
-  ops.set_supply(true);
-  if (is_retlw(calibration)) {
-    program_calibration_word(ops.unit().link(), calibration);
-    preflight.findings.push_back("calibration " + four_digits(calibration) + " kept");
-  } else {
-    preflight.findings.push_back("calibration word " + four_digits(calibration) +
-                                 " is no RETLW: already lost");
+CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& preflight) {
+  CheckedScope scope(ops, entry);
+  preflight = check_chip(ops, entry);
+  if (preflight.refused || preflight_must_end(ops, preflight, nullptr)) return refused_result();
+  const bool calibrated = preflight.chip && preflight.chip->calibrated;
+  if (calibrated) {
+    int word = kBlankWord, config = kBlankWord;
+    const bool read = read_calibration(ops, word, config);
+    if (preflight_must_end(ops, preflight, read ? nullptr : "reading the calibration word")) {
+      return refused_result();
+    }
+    preflight.band_gap = config & kBandGapBits;
+    if (is_retlw(word)) {
+      preflight.calibration = word;
+      preflight.findings.push_back("calibration " + four_digits(word) + " kept");
+    } else {
+      preflight.findings.push_back("calibration word " + four_digits(word) +
+                                   " is no RETLW: already lost");
+    }
+    preflight.findings.push_back("band-gap bits " + four_digits(preflight.band_gap) + " kept");
   }
-  set_config(state, (kBlankWord & ~kBandGapBits) | band_gap);
-  result.config = ops.WRITE_CONFIG();
-  set_config(state, config);
-  preflight.findings.push_back("band-gap bits " + four_digits(band_gap) + " kept");
+  const std::uint64_t failed_before = ops.unit().link().failures();
+  CommandResult result;
+  ops.set_supply(true);
+  // Asked to stop before the erase: nothing is erased.
+  if (!ops.stop_requested()) {
+    ops.CHIP_ERASE();
+    if (calibrated) restore_calibration(ops, preflight, result);
+  }
+  result.stopped = ops.stop_requested();
   ops.set_supply(false);
-  result.failed_exchanges += ops.unit().link().failures() - failed_before;
+  result.target_powered = ops.target_may_be_powered();
+  result.failed_exchanges = ops.unit().link().failures() - failed_before;
   return result;
 }
 

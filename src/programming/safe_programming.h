@@ -21,13 +21,24 @@ namespace zenta {
 struct Preflight {
   bool refused = false;
   // Shown in a stop box when refused; empty when an exchange failed, which
-  // the link has reported already.
+  // the link has reported already, or when the operation was asked to stop.
   std::string refusal;
+  // Asked to stop (an interrupt, the window closing) before the chip was
+  // touched.
+  bool interrupted = false;
+  // An exchange failed while reading what the chip must keep ("reading the
+  // calibration word"): the chip was not touched.
+  std::string failed_while;
   std::optional<ChipFacts> chip;
   int revision = 0;
   int program_words = 0;          // of the chip that answered, or the entry's
   std::int16_t last_address = 0;  // the image's words within the chip
   std::vector<std::string> findings;
+  // Calibrated chips: the word written back at 0x3FF right after the erase
+  // (the file's own word there, else the chip's while it is a RETLW) and
+  // the chip's band-gap bits.
+  std::optional<int> calibration;
+  int band_gap = 0x3000;
 };
 
 // Highest program word of the image below `words` that is not blank, -1
@@ -54,16 +65,26 @@ std::string safe_erase_mode(int entry, const std::string& documented);
 Preflight check_chip(ChipOperations& ops, int entry);
 
 // The pre-flight of a write: the chip check, then on calibrated chips the
-// calibration word at 0x3FF and the band-gap bits, kept in the image and
-// the configuration word, and the last address of the image within the
-// chip. Adjusts state (ConfigWord and its bytes, ProgramBuffer at 0x3FF).
+// calibration word at 0x3FF and the band-gap bits, kept for the write and
+// in the configuration word, and the last address of the image within the
+// chip. Adjusts state (ConfigWord and its bytes). Any exchange that fails
+// here refuses the write: what the chip must keep is not known.
 Preflight preflight_write(ChipOperations& ops, int entry);
+
+// A checked WRITE, the whole of it: the pre-flight, then the documented
+// write with the entry's safe erase, blank words stepped over, the address
+// walk held inside the chip, no cycle sent after a failed exchange, and on
+// calibrated chips the calibration word and band-gap bits programmed back
+// and read back first thing after the erase. `last` (the user's last
+// address) is held to the chip's memory; without it the image's own range
+// is written. `preflight` gets what was found.
+CommandResult run_checked_write(ChipOperations& ops, int entry, std::optional<int> last,
+                                Preflight& preflight);
 
 // A checked ERASE: the chip check, then the erase of the entry's safe
 // procedure; on calibrated chips the calibration word and band-gap bits are
-// read first and programmed back after it (the word at 0x3FF with its own
-// cycle, then the configuration word of the erased chip with the saved
-// bits). The result is the erase's; `preflight` gets what was found.
+// read first and programmed back, and read back, right after it. The
+// result is the erase's; `preflight` gets what was found.
 CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& preflight);
 
 }  // namespace zenta

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <functional>
 
-#include "cli/interrupt.h"
 #include "cli_rig.h"
+#include "common/interrupt.h"
 #include "image/hex_loader.h"
 #include "image/hex_writer.h"
 #include "link/command_codes.h"

@@ -63,13 +63,16 @@ TEST(HexCheck, EachFaultIsNamedWithItsLine) {
       {"odd length", ":020000000528D\n" + kEnd, 1, "even number of digits"},
       {"short", ":00000001\n", 1, "even number of digits"},
       {"type 03", data + record("0400000300001234") + "\n" + kEnd, 2, "record type 03"},
-      {"upper address", data + record("020000040001") + "\n" + kEnd, 2, "upper address"},
-      {"segment", data + record("020000021000") + "\n" + kEnd, 2, "upper address"},
+      {"upper address", data + record("020000040001") + "\n" + data + kEnd, 3,
+       "word 0x8000 is outside the chip"},
+      {"segment", data + record("020000021000") + "\n" + data + kEnd, 3,
+       "word 0x8000 is outside the chip"},
+      {"address record's own address", record("020001040000") + "\n" + data + kEnd, 1,
+       "two data bytes and address 0000"},
       {"no end", data, 2, "no end record"},
       {"no data", kEnd, 2, "no data record"},
       {"no colon", data + "0000001FF\n" + kEnd, 2, "starts with ':'"},
       {"blank line", data + "\n" + data + kEnd, 2, "blank line before the end record"},
-      {"after end", data + kEnd + data, 3, "after the end record"},
       {"past 1K", data + record("020800000528") + "\n" + kEnd, 2,
        "word 0x400 is outside the chip (program 0-0x3FF, configuration 0x2000-0x2007, EEPROM "
        "0x2100-0x217F)"},
@@ -101,46 +104,83 @@ TEST(HexCheck, EachFaultIsNamedWithItsLine) {
   }
   EXPECT_EQ((HexFinding{7, "no end record"}.message("blink.hex")),
             "blink.hex line 7: no end record");
-  EXPECT_FALSE(check_hex_file("/nonexistent/blink.hex", {}).ok());
 }
 
 // Blanks around a record, CR LF line ends and blank lines after the end are
-// what editors leave; none of them is a fault.
-TEST(HexCheck, HarmlessLayoutIsNoFinding) {
-  std::istringstream in("  " + record("020000000528") + " \r\n" + kEnd + "\n\n");
-  const HexCheck check = check_hex(in, {0x400, 128});
-  EXPECT_TRUE(check.findings.empty()) << check.findings[0].message("f.hex");
-  EXPECT_EQ(check.program.at(0), 0x2805);
+// what editors leave; none of them is a fault. Comments after the end (as
+// some C compilers write them, however long) are named, not refused.
+TEST(HexCheck, HarmlessLayoutIsNoFaultAndTextAfterTheEndIsNamed) {
+  const std::string data = "  " + record("020000000528") + " \r\n";
+  const HexCheck plain = check_hex_text(data + kEnd + "\n\n", {0x400, 128});
+  EXPECT_TRUE(plain.findings.empty()) << plain.findings[0].message("f.hex");
+  EXPECT_EQ(plain.program.at(0), 0x2805);
+  const HexCheck commented = check_hex_text(
+      data + kEnd + "\n; CCS PCM C Compiler\n" + std::string(2000, ';') + "\n", {0x400, 128});
+  EXPECT_TRUE(commented.ok());
+  ASSERT_EQ(commented.findings.size(), 1u);
+  EXPECT_EQ(commented.findings[0].message("f.hex"),
+            "f.hex line 4: text after the end record is not loaded");
 }
 
-TEST(HexLoader, RefusesOnlyAFieldLongerThanAnyRecord) {
+// The panel's own loader decides by a field's first character however long
+// the field is, keeping no more of it than a record can use; the checked
+// loader applies extended address records instead of storing them.
+TEST(HexLoader, LongFieldsAndAddressRecords) {
   std::string longest = "FF0000";
   longest += "00";
   for (int i = 0; i < 255; ++i) longest += i % 2 ? "3F" : "A5";
   longest = record(longest);
   ASSERT_EQ(longest.size(), kLongestHexRecord);
+  const std::string word0 = record("020000000528") + "\n";
   struct Case {
     std::string name, text;
-    bool ok;
+    bool extended;
+    int byte0, byte1, byte254;  // -1: the load fails
+    int last_address;
   };
   const std::vector<Case> cases = {
-      {"the longest record, CR LF", longest + "\r\n" + kEnd, true},
-      {"blanks before it are skipped", std::string(600, ' ') + longest + "\n" + kEnd, true},
-      {"fields between commas", longest + "," + longest + "\n" + kEnd, true},
-      {"one digit more", longest + "0\n" + kEnd, false},
-      {"no line end at all", ":" + std::string(100000, '0'), false},
+      {"the longest record, CR LF", longest + "\r\n" + kEnd, false, 0xA5, 0x3F, 0xA5, 127},
+      {"blanks before it are skipped", std::string(600, ' ') + longest + "\n" + kEnd, false, 0xA5,
+       0x3F, 0xA5, 127},
+      {"fields between commas", longest + "," + longest + "\n" + kEnd, false, 0xA5, 0x3F, 0xA5,
+       127},
+      {"a record with more digits", longest + "0\n" + kEnd, false, 0xA5, 0x3F, 0xA5, 127},
+      {"no line end at all", ":" + std::string(100000, '0'), false, 0x00, 0x3F, 0xFF, 0},
+      {"a long comment ends the loading", word0 + std::string(600, ';') + "\n" + longest + kEnd,
+       false, 0x05, 0x28, 0xFF, 0},
+      {"an address record as data", record("020000040000") + "\n" + word0 + kEnd, false, 0x05, 0x28,
+       0xFF, 0},
+      {"an address record after the data", word0 + record("020000040000") + "\n" + kEnd, false,
+       0x00, 0x00, 0xFF, 0},
+      {"an address record applied", word0 + record("020000040000") + "\n" + kEnd, true, 0x05, 0x28,
+       0xFF, 0},
+      {"a segment applied", record("020000020008") + "\n" + record("0100000011") + "\n" + kEnd,
+       true, 0xFF, 0x3F, 0xFF, 64},
+      {"a segment past the buffer", record("020000021000") + "\n" + word0 + kEnd, true, -1, 0, 0,
+       0},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     ProgrammerState state;
-    blank_program_image(state);
-    std::istringstream in(c.text);
-    const HexLoadReport report = load_hex_records(in, state);
-    EXPECT_EQ(report.ok, c.ok);
-    EXPECT_EQ(state.ProgramBuffer[0], c.ok ? 0xA5 : 0xFF);
-    EXPECT_EQ(state.ProgramBuffer[254], c.ok ? 0xA5 : 0xFF);
+    const HexLoadReport report = load_hex_text(c.text, state, {.extended_addresses = c.extended});
+    ASSERT_EQ(report.ok, c.byte0 >= 0);
+    if (!report.ok) {
+      EXPECT_EQ(report.failed_line, 2);
+      EXPECT_EQ(report.failure, "byte address 10000 is outside the program buffer (0-4E20)");
+      continue;
+    }
+    EXPECT_EQ(state.ProgramBuffer[0], c.byte0);
+    EXPECT_EQ(state.ProgramBuffer[1], c.byte1);
+    EXPECT_EQ(state.ProgramBuffer[254], c.byte254);
     EXPECT_EQ(state.ProgramBuffer[256], 0xFF);
+    EXPECT_EQ(state.LastAddress, c.last_address);
   }
+  ProgrammerState state;
+  EXPECT_EQ(load_hex_text(record("020000020008") + "\n" + record("0100000011") + "\n" + kEnd, state,
+                          {.extended_addresses = true})
+                .ok,
+            true);
+  EXPECT_EQ(state.ProgramBuffer[0x80], 0x11);
 }
 
 }  // namespace

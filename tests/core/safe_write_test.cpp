@@ -310,8 +310,9 @@ TEST(SafeErase, CalibratedChipsKeepTheirCalibrationAndTheWrongChipIsRefused) {
     EXPECT_EQ(result.refused, c.refused);
     if (!c.exact && !c.refused) {
       // Supply and programming-mode packets in order: the chip check, the
-      // calibration reads, the erase, then the calibration word and the
-      // configuration word written back, each bracketed.
+      // calibration reads, then with the supply on throughout the erase,
+      // the calibration word and the configuration word written back, each
+      // bracketed.
       const std::vector<Packet> on = {{0x3A, 0x01}}, off = {{0x3A, 0x00}};
       const std::vector<Packet> enter = {{0x32, 0x00}, {0x31, 0x01}, {0x32, 0x02}};
       const std::vector<Packet> leave_write = {{0x32, 0x01}, {0x31, 0x01}};
@@ -319,9 +320,8 @@ TEST(SafeErase, CalibratedChipsKeepTheirCalibrationAndTheWrongChipIsRefused) {
       const std::vector<Packet> leave_config = {{0x32, 0x00}, {0x31, 0x01}};
       std::vector<Packet> expected;
       for (const auto* part :
-           {&on,    &enter,      &leave_write, &off,   &on,           &enter,      &leave_read,
-            &enter, &leave_read, &off,         &on,    &enter,        &leave_read, &off,
-            &on,    &enter,      &leave_write, &enter, &leave_config, &off}) {
+           {&on, &enter, &leave_write, &off, &on, &enter, &leave_read, &enter, &leave_read, &off,
+            &on, &enter, &leave_read, &enter, &leave_write, &enter, &leave_config, &off}) {
         expected.insert(expected.end(), part->begin(), part->end());
       }
       std::vector<Packet> brackets;

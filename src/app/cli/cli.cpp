@@ -11,8 +11,8 @@
 
 #include "cli/commands.h"
 #include "cli/console.h"
-#include "cli/interrupt.h"
 #include "cli/record.h"
+#include "common/interrupt.h"
 #include "image/programmer_state.h"
 #include "link/sim/sim_unit.h"
 #include "link/trace_driver.h"

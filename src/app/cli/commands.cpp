@@ -9,6 +9,7 @@
 #include <fstream>
 
 #include "cli/output.h"
+#include "common/input_file.h"
 #include "common/number_text.h"
 #include "image/hex_check.h"
 #include "image/hex_loader.h"
@@ -40,17 +41,30 @@ int conclude(Session& s, const CommandResult& result) {
     record.mismatch =
         Mismatch{result.mismatch->address, result.mismatch->expected, result.mismatch->read};
   }
-  if (const LinkLoss loss = s.unit.link().loss(); loss != LinkLoss::kNone) {
-    record.fail(loss == LinkLoss::kUnplugged ? "the unit was unplugged during the command"
-                                             : "the unit stopped answering during the command");
+  const std::string powered =
+      result.target_powered
+          ? "; the target may still be powered: unplug the unit before taking the chip out"
+          : "";
+  if (result.calibration_at_risk) {
+    record.fail("the chip was erased, but its " + *result.calibration_at_risk +
+                " could not be written back: write them back before the chip is used" + powered);
+  } else if (const LinkLoss loss = s.unit.link().loss(); loss != LinkLoss::kNone) {
+    record.fail((loss == LinkLoss::kUnplugged ? "the unit was unplugged during the command"
+                                              : "the unit stopped answering during the command") +
+                powered);
+  } else if (result.failed_exchanges != 0) {
+    record.fail(std::to_string(result.failed_exchanges) + " exchange" +
+                (result.failed_exchanges == 1 ? "" : "s") + " with the unit failed" +
+                (result.stopped ? "; the command ended there" : "") + powered);
   } else if (result.stopped) {
-    record.fail("interrupted; the unit left programming mode and switched the target off",
+    record.fail(result.target_powered
+                    ? "interrupted; the target may still be powered: unplug the unit"
+                    : "interrupted; the unit left programming mode and switched the target off",
                 "interrupted");
   } else if (result.refused) {
     record.fail("refused: " + s.console.last_box(), "refused");
-  } else if (result.failed_exchanges != 0) {
-    record.fail(std::to_string(result.failed_exchanges) + " exchange" +
-                (result.failed_exchanges == 1 ? "" : "s") + " with the unit failed");
+  } else if (result.target_powered) {
+    record.fail("the target may still be powered: switching it off failed; unplug the unit");
   } else if (result.mismatch) {
     const Mismatch& m = *record.mismatch;
     record.fail("verify failed at " + four_digits(m.address) + ": file " + four_digits(m.file) +
@@ -74,53 +88,70 @@ std::int16_t last_box(const ProgrammerState& state, int value) {
   return static_cast<std::int16_t>(value > state.ProgramSize ? state.ProgramSize : value);
 }
 
-// Why a file that the loader could not read is unreadable.
-std::string unreadable_reason(const std::string& path) {
-  std::error_code error;
-  if (!std::filesystem::exists(path, error)) return "no such file";
-  if (std::filesystem::is_directory(path, error)) return "it is a folder";
-  errno = 0;
-  std::ifstream file(path);
-  if (!file) return errno != 0 ? std::strerror(errno) : "cannot be opened";
-  return "a read error";
-}
-
 // Checksums, record types, addresses inside the device: a damaged or wrong
 // file is refused, naming its lines, before the unit is touched.
-bool file_checks_out(Session& s) {
-  if (s.options.exact) return true;
+bool file_checks_out(Session& s, const std::string& text) {
   const std::string& path = s.options.hex_file;
   const HexCheck check =
-      check_hex_file(path, {s.state.ProgramSize, static_cast<int>(s.state.EepromLastAddress) + 1});
-  if (!check.ok()) {
-    std::string reasons;
-    int errors = 0;
-    for (const HexFinding& finding : check.findings) {
-      if (!finding.error) continue;
-      if (++errors <= 3) reasons += (reasons.empty() ? "" : "; ") + finding.message(path);
+      check_hex_text(text, {s.state.ProgramSize, static_cast<int>(s.state.EepromLastAddress) + 1});
+  std::string reasons;
+  int errors = 0;
+  for (const HexFinding& finding : check.findings) {
+    if (!finding.error) {
+      if (!quiet(s)) s.err << "zenta: " << finding.message(path) << '\n';
+      continue;
     }
-    if (errors > 3) reasons += " (" + std::to_string(errors - 3) + " more)";
-    s.record.fail("cannot use " + reasons, "refused");
-    return false;
+    if (++errors <= 3) reasons += (reasons.empty() ? "" : "; ") + finding.message(path);
   }
-  return true;
+  if (errors == 0) return true;
+  if (errors > 3) reasons += " (" + std::to_string(errors - 3) + " more)";
+  s.record.fail("cannot use " + reasons, "refused");
+  return false;
 }
 
-// Loads FILE.hex with the panel's loader. A file that cannot be read, or
-// holds no HEX record at all (a source file, a wrong name), is refused
-// before the unit is touched: writing it would erase the chip for nothing.
+// Whether any line starts with ':' (blanks before it aside): a source file
+// or a wrong name has none.
+bool has_hex_record(const std::string& text) {
+  bool line_start = true;
+  for (const char c : text) {
+    if (line_start && c == ':') return true;
+    if (c == '\n') {
+      line_start = true;
+    } else if (c != ' ' && c != '\t') {
+      line_start = false;
+    }
+  }
+  return false;
+}
+
+// Loads FILE.hex, read once from whatever kind of file it is. A file that
+// cannot be read, or holds no HEX record at all (a source file, a wrong
+// name), is refused before the unit is touched: writing it would erase the
+// chip for nothing. In safe mode the file is checked first and loaded with
+// its extended address records applied.
 bool load_image(Session& s) {
   const std::string& path = s.options.hex_file;
   s.state.HexFileName = path;
-  const HexLoadReport report = load_hex_file(path, s.state);
+  const InputFile file = read_input_file(path, kLargestHexFile);
+  if (!file.ok) {
+    s.record.fail("cannot use '" + path + "': " + file.reason, "refused");
+    return false;
+  }
+  if (!has_hex_record(file.text)) {
+    s.record.fail("cannot use '" + path + "': no Intel HEX records in it", "refused");
+    return false;
+  }
+  if (!s.options.exact && !file_checks_out(s, file.text)) return false;
+  const HexLoadReport report =
+      load_hex_text(file.text, s.state, {.extended_addresses = !s.options.exact});
   std::string reason;
   if (!report.ok) {
-    reason = unreadable_reason(path);
+    reason = "line " + std::to_string(report.failed_line) + ": " + report.failure;
   } else if (report.first_address < 0) {
     reason = "no Intel HEX records in it";
   } else {
     s.state.DataLoaded = 1;
-    return file_checks_out(s);
+    return true;
   }
   s.record.fail("cannot use '" + path + "': " + reason, "refused");
   return false;
@@ -198,11 +229,21 @@ int identify(Session& s, ChipOperations& ops, std::optional<CommandResult> ident
 }
 
 // A refused pre-flight; without a refusal text an exchange failed there,
-// which the link has reported.
+// which the link has reported, or the command was interrupted.
 void refuse(Session& s, const Preflight& preflight) {
-  s.record.fail(preflight.refusal.empty() ? "the chip check failed: exchanges with the unit failed"
-                                          : "refused: " + preflight.refusal,
-                "refused");
+  if (preflight.interrupted) {
+    s.record.fail("interrupted before the chip was touched; the target is switched off",
+                  "interrupted");
+  } else if (!preflight.failed_while.empty()) {
+    s.record.fail("an exchange with the unit failed while " + preflight.failed_while +
+                      "; the chip was not touched",
+                  "refused");
+  } else {
+    s.record.fail(preflight.refusal.empty()
+                      ? "the chip check failed: exchanges with the unit failed"
+                      : "refused: " + preflight.refusal,
+                  "refused");
+  }
 }
 
 // Findings of the safe-programming checks, on standard error.
@@ -211,6 +252,10 @@ void tell_findings(Session& s, const std::vector<std::string>& findings) {
     s.record.values.emplace_back("finding", finding);
     if (!quiet(s)) s.err << "zenta: " << finding << '\n';
   }
+}
+
+void print_config_source(Session& s, const std::string& source) {
+  s.out << "Configuration word " << four_digits(s.state.ConfigWord) << " (" << source << ")\n";
 }
 
 void set_config_word(ProgrammerState& state, int word) {
@@ -222,7 +267,7 @@ void set_config_word(ProgrammerState& state, int word) {
 int erase(Session& s, ChipOperations& ops) {
   if (s.options.exact) return conclude(s, run_erase(ops));
   // The chip must be the entry's; calibrated chips get their calibration
-  // word and band-gap bits back after the erase.
+  // word and band-gap bits back right after the erase.
   Preflight preflight;
   const CommandResult result = run_checked_erase(ops, s.device, preflight);
   tell_findings(s, preflight.findings);
@@ -231,7 +276,7 @@ int erase(Session& s, ChipOperations& ops) {
     refuse(s, preflight);
     return kExitFailed;
   }
-  if (!result.config || result.config->written) s.console.notes("Chip Erase Complete", 0);
+  s.console.notes("Chip Erase Complete", 0);
   return conclude(s, result);
 }
 
@@ -249,28 +294,25 @@ int write(Session& s, ChipOperations& ops) {
   }
   // As the configuration box reads a typed word.
   set_config_word(s.state, config_word_from_text(four_digits(word)));
-  std::int16_t last = image_last_address(s);
-  if (!s.options.exact) {
-    // The chip must be the entry's, keep its calibration, and get just the
-    // image's words, before anything is erased.
-    const Preflight preflight = preflight_write(ops, s.device);
-    tell_findings(s, preflight.findings);
-    if (preflight.refused) {
-      s.console.finish();
-      refuse(s, preflight);
-      return kExitFailed;
-    }
-    last = s.options.last
-               ? static_cast<std::int16_t>(std::min<int>(*s.options.last, preflight.program_words))
-               : preflight.last_address;
-    ops.step_over_blank_words = true;
-    s.state.EraseMode = safe_erase_mode(s.device, s.state.EraseMode);
+  if (s.options.exact) {
+    s.console.finish();
+    if (!quiet(s)) print_config_source(s, source);
+    return conclude(s, run_write(ops, image_last_address(s)));
   }
+  // The chip must be the entry's, keep its calibration, and get just the
+  // image's words, before anything is erased.
+  Preflight preflight;
+  const CommandResult result = run_checked_write(
+      ops, s.device, s.options.last ? std::optional<int>(*s.options.last) : std::nullopt,
+      preflight);
+  tell_findings(s, preflight.findings);
   s.console.finish();
-  if (!quiet(s)) {
-    s.out << "Configuration word " << four_digits(s.state.ConfigWord) << " (" << source << ")\n";
+  if (preflight.refused) {
+    refuse(s, preflight);
+    return kExitFailed;
   }
-  return conclude(s, run_write(ops, last));
+  if (!quiet(s)) print_config_source(s, source);
+  return conclude(s, result);
 }
 
 int verify(Session& s, ChipOperations& ops) {
@@ -288,7 +330,9 @@ int verify(Session& s, ChipOperations& ops) {
   const int image_config = s.state.word(kConfigAddress);
   const std::optional<int> config =
       image_config != kBlankWord ? std::optional<int>(image_config) : std::nullopt;
-  return conclude(s, run_verify_all(ops, last, config));
+  // A calibrated chip keeps its own band-gap bits through every write.
+  const bool calibrated = entry_is_calibrated(s.device);
+  return conclude(s, run_verify_all(ops, last, config, calibrated ? 0x0FFF : 0x3FFF));
 }
 
 // Program memory through the device's size (or --last); with -o also the
@@ -331,6 +375,19 @@ int read_program(Session& s, ChipOperations& ops) {
 }
 
 int read_eeprom(Session& s, ChipOperations& ops) {
+  if (!s.options.exact) {
+    // The entry's EEPROM can be larger than the chip's, whose bytes would
+    // then be read again from byte 0: read what the chip has.
+    const Preflight chip = check_chip(ops, s.device);
+    tell_findings(s, chip.findings);
+    if (chip.refused) {
+      s.console.finish();
+      refuse(s, chip);
+      return kExitFailed;
+    }
+    if (chip.chip)
+      s.state.EepromLastAddress = static_cast<std::int16_t>(chip.chip->eeprom_bytes - 1);
+  }
   if (const int status = conclude(s, run_read_eeprom(ops)); status != kExitOk) return status;
   const int count = s.state.EepromLastAddress + 1;
   if (s.options.output_file.empty()) {
@@ -379,6 +436,8 @@ int run_command(Session& s) {
   Unit::Operation operation(s.unit);
   if (s.options.command == Command::kVersion) return version(s);
   ChipOperations ops(s.unit, s.state, s.console);
+  // Safe mode's way out: supply-off and leave exchanges tried again.
+  ops.checked = !s.options.exact;
   std::optional<CommandResult> identified;
   if (const int status = choose_device(s, ops, identified); status != kExitOk) return status;
   // Each command calls its button sequence once; the safe-programming

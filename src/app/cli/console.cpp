@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "cli/interrupt.h"
+#include "common/interrupt.h"
 
 namespace zenta::cli {
 

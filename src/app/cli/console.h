@@ -50,7 +50,7 @@ class Console : public Host, public OperationReport {
     message_box(text, title, MessageIcon::kStop);
   }
   void let_events_run() override {}
-  // Ctrl-C or a termination request (cli/interrupt.h).
+  // Ctrl-C or a termination request (common/interrupt.h).
   bool stop_requested() override;
 
  private:

@@ -1,9 +1,9 @@
-#include "cli/interrupt.h"
+#include "common/interrupt.h"
 
 #include <atomic>
 #include <csignal>
 
-namespace zenta::cli {
+namespace zenta {
 
 namespace {
 
@@ -20,6 +20,10 @@ extern "C" void on_signal(int) {
 void install_interrupt_handlers() {
   std::signal(SIGINT, on_signal);
   std::signal(SIGTERM, on_signal);
+#ifdef SIGHUP
+  // A closed terminal or a logout ends the program as Ctrl-C does.
+  std::signal(SIGHUP, on_signal);
+#endif
 }
 
 bool interrupted() {
@@ -34,4 +38,4 @@ void clear_interrupt() {
   g_interrupted.store(false);
 }
 
-}  // namespace zenta::cli
+}  // namespace zenta
