@@ -159,6 +159,39 @@ int list_plugged_units(const Options& options, std::ostream& out, std::ostream& 
   return kExitOk;
 }
 
+// Two names for one file: the same path, or two paths to one existing file.
+bool same_file(const std::string& a, const std::string& b) {
+  if (a.empty() || b.empty()) return false;
+  std::error_code error;
+  if (std::filesystem::equivalent(a, b, error)) return true;
+  const auto full = [](const std::string& path) {
+    std::error_code ignored;
+    return std::filesystem::weakly_canonical(std::filesystem::absolute(path, ignored), ignored)
+        .lexically_normal();
+  };
+  return full(a) == full(b);
+}
+
+// A file the command writes must not be one it reads or another it writes:
+// `--trace prog.hex write prog.hex` would empty the image before it is read.
+std::optional<std::string> files_in_two_roles(const Options& options) {
+  const std::pair<const char*, const std::string*> files[] = {
+      {"the trace (--trace)", &options.trace_file},
+      {"the output (-o)", &options.output_file},
+      {"the image", &options.hex_file},
+      {"the simulated chip's memory (--sim-memory)", &options.sim_memory},
+  };
+  for (std::size_t written = 0; written < 2; ++written) {
+    for (std::size_t other = written + 1; other < std::size(files); ++other) {
+      if (same_file(*files[written].second, *files[other].second)) {
+        return "'" + *files[written].second + "' is both " + files[written].first + " and " +
+               files[other].first + "; give it another name";
+      }
+    }
+  }
+  return std::nullopt;
+}
+
 // One unit: open it, run the command, close it, report.
 int run_unit(const Options& options, DriverChoice& choice, const std::string& name,
              std::ostream& out, std::ostream& err, bool err_terminal) {
@@ -168,6 +201,7 @@ int run_unit(const Options& options, DriverChoice& choice, const std::string& na
     return usage_error(err,
                        "unknown device '" + options.device + "' (use " + device_choices() + ")");
   }
+  if (const auto clash = files_in_two_roles(options)) return usage_error(err, *clash);
   sim::SimUnit* sim = simulated_unit(choice);
   RunRecord record;
   record.command = command_name(options.command);
