@@ -38,6 +38,7 @@ CommandResult MainForm::safe_write() {
     }
     show_findings(findings);
     notes(preflight.interrupted ? kStoppedText : "Write refused", kRed);
+    warn_after(result);
     return result;
   }
   show_findings(findings);
@@ -55,7 +56,7 @@ void MainForm::warn_after(const CommandResult& result) {
                       "WRITE ERROR", MessageIcon::kStop);
   }
   // A lost unit's message already says to unplug it.
-  if (result.target_powered && !unit_.link().lost()) {
+  if ((result.target_powered || ops_.target_may_be_powered()) && !unit_.link().lost()) {
     host_.message_box(
         "Switching the target off failed: it may still be powered. Unplug the unit before "
         "taking the chip out.",

@@ -82,7 +82,11 @@ CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_ad
   ops.set_supply(false);
   result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
-  if (!result.stopped) ops.report().notes("Write Complete", kLavender);
+  if (!result.stopped) {
+    ops.report().notes("Write Complete", kLavender);
+  } else {
+    ops.report().notes(kStoppedText, kRed);
+  }
   ops.unit().link().SENDCMD(UNIT_MCLR_LEVEL, kMclr5V);
   result.failed_exchanges = failures.failed();
   return result;

@@ -240,24 +240,6 @@ TEST(CliHonestTest, DeviceAutoPicksTheEntryThatListsTheChip) {
   }
 }
 
-// Raises the stop request when the unit has seen `at` exchanges, as Ctrl-C
-// would in the middle of a command.
-class InterruptAt : public UnitDriver {
- public:
-  InterruptAt(sim::SimUnit& unit, std::size_t at) : unit_(unit), at_(at) {}
-  std::int32_t open() override { return unit_.open(); }
-  void close() override { unit_.close(); }
-  std::int32_t write(const std::uint8_t* b, std::int32_t n) override { return unit_.write(b, n); }
-  std::int32_t read(std::uint8_t* b, std::int32_t n) override {
-    if (unit_.trace().size() == at_) request_interrupt();
-    return unit_.read(b, n);
-  }
-
- private:
-  sim::SimUnit& unit_;
-  std::size_t at_;
-};
-
 TEST(CliHonestTest, InterruptEndsTheCommandWithTheTargetSafe) {
   TempDir dir;
   std::vector<HexWord> words;
@@ -271,7 +253,7 @@ TEST(CliHonestTest, InterruptEndsTheCommandWithTheTargetSafe) {
     for (int w = 0; w < 0x100; ++w) unit.set_program_word(w, w);  // the verify runs on
     DriverChoice choice;
     constexpr std::size_t kAt = 30;
-    choice.driver = std::make_unique<InterruptAt>(unit, kAt);
+    choice.driver = std::make_unique<testing::InterruptAt>(unit, kAt);
     std::vector<std::string> args = {"--device", "16F628A"};
     args.insert(args.end(), command.begin(), command.end());
     const Outcome result = testing::run_on(choice, args);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/cli.h"
+#include "common/interrupt.h"
 #include "link/sim/sim_unit.h"
 
 namespace zenta::cli::testing {
@@ -43,6 +44,24 @@ struct SimRun {
   Outcome operator()(const std::vector<std::string>& args) { return run_on(choice, args); }
   sim::SimUnit* unit;
   DriverChoice choice;
+};
+
+// Raises the stop request when the unit has seen `at` exchanges, as Ctrl-C
+// would in the middle of a command.
+class InterruptAt : public UnitDriver {
+ public:
+  InterruptAt(sim::SimUnit& unit, std::size_t at) : unit_(unit), at_(at) {}
+  std::int32_t open() override { return unit_.open(); }
+  void close() override { unit_.close(); }
+  std::int32_t write(const std::uint8_t* b, std::int32_t n) override { return unit_.write(b, n); }
+  std::int32_t read(std::uint8_t* b, std::int32_t n) override {
+    if (unit_.trace().size() == at_) zenta::request_interrupt();
+    return unit_.read(b, n);
+  }
+
+ private:
+  sim::SimUnit& unit_;
+  std::size_t at_;
 };
 
 // A JSON object of the program's --json output: members by name, each as

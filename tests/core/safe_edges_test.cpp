@@ -18,6 +18,7 @@
 #include "link/command_codes.h"
 #include "link/sim/sim_unit.h"
 #include "link/unit.h"
+#include "panel_rig.h"
 #include "programming/chips.h"
 #include "programming/commands.h"
 #include "programming/safe_programming.h"
@@ -200,6 +201,183 @@ TEST(SafeEdges, ImagesReachingTheLastWordAreWrittenWholeOnEveryChip) {
       const auto it = image.find(w);
       ASSERT_EQ(unit.program_word(w), it != image.end() ? it->second : 0x3FFF) << w;
     }
+  }
+}
+
+// A unit whose supply-off packet never goes through.
+class SupplyStuckOn : public UnitDriver {
+ public:
+  explicit SupplyStuckOn(sim::SimUnit& unit) : unit_(unit) {}
+  std::int32_t open() override { return unit_.open(); }
+  void close() override { unit_.close(); }
+  std::int32_t write(const std::uint8_t* b, std::int32_t n) override {
+    return b[0] == UNIT_VCC && b[1] == 0 ? 0 : unit_.write(b, n);
+  }
+  std::int32_t read(std::uint8_t* b, std::int32_t n) override { return unit_.read(b, n); }
+
+ private:
+  sim::SimUnit& unit_;
+};
+
+// What users meet through zenta, each as one command line: the files real
+// toolchains and shells hand over, a file named in two roles, the verify
+// after a calibrated chip's write, a target that cannot be switched off and
+// Ctrl-C during an erase.
+TEST(SafeEdges, TheCommandLineAtTheEdges) {
+  TempDir dir;
+  const std::string data = ":020000000528D1\n";  // word 0 = 0x2805
+  const std::string end = ":00000001FF\n";
+  write_text(dir.file("address.hex"), data + ":020000040000FA\n" + end);
+  write_text(dir.file("ccs.hex"), data + end + ";PIC16F628A\n;CRC=1A2B  CREATED=\"22-Nov-26\"\n");
+  write_text(dir.file("beyond.hex"), data + ":024E2000052863\n" + end);
+  write_text(dir.file("calibrated.hex"), data + ":02400E00C43FAD\n" + end);
+  const std::string image = read_text(dir.file("address.hex"));
+  const std::string fifo = dir.file("fifo.hex");
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  struct Case {
+    std::string name, chip;
+    std::vector<std::string> args;
+    int status;
+    std::string says;  // on standard error, or the outcome line
+    int word0 = -1;    // the chip's word 0 afterwards, -1: not looked at
+  };
+  const std::vector<Case> cases = {
+      {"an address record after the data",
+       "16F628A",
+       {"write", dir.file("address.hex")},
+       0,
+       "Write Complete",
+       0x2805},
+      {"and its verify", "16F628A", {"verify", dir.file("address.hex")}, 0, "Verify Complete"},
+      {"comments after the end record",
+       "16F628A",
+       {"write", dir.file("ccs.hex")},
+       0,
+       "ccs.hex line 3: text after the end record is not loaded",
+       0x2805},
+      {"a record beyond any chip",
+       "16F628A",
+       {"write", dir.file("beyond.hex")},
+       1,
+       "beyond.hex line 2: word 0x2710 is outside the chip"},
+      {"the same, exact",
+       "16F628A",
+       {"--exact", "write", dir.file("beyond.hex")},
+       1,
+       "beyond.hex': line 2: byte address 4E21 is outside the program buffer (0-4E20)"},
+      {"a FIFO", "16F628A", {"write", fifo}, 0, "Write Complete", 0x2805},
+      {"the trace onto the image",
+       "16F628A",
+       {"--trace", dir.file("address.hex"), "write", dir.file("address.hex")},
+       2,
+       "is both the trace (--trace) and the image"},
+      {"the output onto the memory",
+       "16F628A",
+       {"--sim-memory", dir.file("m.sim"), "read", "-o", dir.file("./m.sim")},
+       2,
+       "is both the output (-o) and the simulated chip's memory"},
+      {"a calibrated chip's write",
+       "12F675",
+       {"write", dir.file("calibrated.hex")},
+       0,
+       "Write Complete",
+       0x2805},
+      {"and its verify", "12F675", {"verify", dir.file("calibrated.hex")}, 0, "Verify Complete"},
+      {"a target that stays powered",
+       "16F628A",
+       {"read-eeprom"},
+       1,
+       "the target may still be powered"},
+      {"Ctrl-C during an erase", "12F675", {"erase"}, 1, "zenta: interrupted"},
+  };
+  std::unique_ptr<sim::SimUnit> unit;
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    if (c.name.rfind("and its", 0) != 0) {
+      unit = std::make_unique<sim::SimUnit>(c.chip);
+      if (c.chip == "12F675") unit->set_program_word(0x3FF, kCalibration);
+    }
+    DriverChoice choice;
+    choice.simulated = true;
+    choice.sim_unit = unit.get();
+    std::thread writer;
+    if (c.name == "a FIFO") {
+      writer = std::thread([&] { std::ofstream(fifo) << image; });
+    }
+    if (c.name == "a target that stays powered") {
+      choice.driver = std::make_unique<SupplyStuckOn>(*unit);
+    } else if (c.name == "Ctrl-C during an erase") {
+      // Past the pre-flight, while the calibration is written back.
+      choice.driver = std::make_unique<cli::testing::InterruptAt>(*unit, 1060);
+    } else {
+      choice.driver = std::make_unique<cli::testing::InterruptAt>(*unit, SIZE_MAX);
+    }
+    std::vector<std::string> args = {"--device", c.chip};
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const cli::testing::Outcome result = cli::testing::run_on(choice, args);
+    if (writer.joinable()) writer.join();
+    clear_interrupt();
+    EXPECT_EQ(result.status, c.status) << result.err;
+    EXPECT_NE((result.err + result.out).find(c.says), std::string::npos)
+        << result.err << result.out;
+    if (c.word0 >= 0) {
+      EXPECT_EQ(unit->program_word(0), c.word0);
+    }
+    if (c.chip == "12F675") {
+      EXPECT_EQ(unit->program_word(0x3FF), kCalibration);
+    }
+  }
+  EXPECT_EQ(read_text(dir.file("address.hex")), image);
+}
+
+// The panel: a signal during a write's pre-flight erases nothing, one in its
+// pauses ends it with the target off; a long comment line before the end
+// record loads the data before it quietly in exact mode and is refused,
+// with its line, in checked mode.
+TEST(SafeEdges, ThePanelUnderSignalsAndLongLines) {
+  TempDir dir;
+  const std::string data = ":020000000528D1\n";
+  write_text(dir.file("long.hex"),
+             data + std::string(600, ';') + "\n:02000200FF3FBE\n:00000001FF\n");
+  std::vector<HexWord> words;
+  for (std::uint16_t w = 0; w < 0x200; ++w) words.push_back({w, 0x2000});
+  EXPECT_TRUE(write_inhx8m_file(dir.file("big.hex"), words));
+  for (const bool exact : {true, false}) {
+    SCOPED_TRACE(exact ? "exact" : "checked");
+    PanelRig rig("12F675", 6, exact);
+    rig.host.open_answers = {dir.file("long.hex")};
+    EXPECT_EQ(rig.form.F_OpenButton_Click(), exact);
+    EXPECT_EQ(rig.state.DataLoaded, exact ? 1 : 0);
+    if (exact) {
+      EXPECT_EQ(rig.state.word(0), 0x2805);
+    } else {
+      ASSERT_EQ(rig.host.boxes.size(), 1u);
+      EXPECT_NE(rig.host.boxes[0].text.find("long.hex line 2: longer than any valid record"),
+                std::string::npos)
+          << rig.host.boxes[0].text;
+    }
+  }
+  for (const std::size_t at : {std::size_t{10}, std::size_t{600}, std::size_t{1300}}) {
+    SCOPED_TRACE(at);
+    PanelRig rig("12F675", 6, false);
+    rig.unit.set_program_word(0x3FF, kCalibration);
+    rig.unit.set_program_word(0, kOldWord);
+    rig.host.open_answers = {dir.file("big.hex")};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    rig.unit.clear_trace();
+    // A signal raises the flag between two exchanges; the form asks it.
+    rig.opened.link().on_status_changed = [&rig, at] {
+      if (rig.unit.trace().size() >= at) request_interrupt();
+    };
+    const CommandResult result = rig.form.WriteButton_Click();
+    clear_interrupt();
+    EXPECT_FALSE(result.ok());
+    EXPECT_FALSE(rig.unit.vcc());
+    EXPECT_FALSE(rig.unit.in_programming_mode());
+    EXPECT_EQ(rig.unit.program_word(0x3FF), kCalibration);
+    // Before the erase (the pre-flight's 550 or so exchanges) nothing changes.
+    EXPECT_EQ(rig.unit.program_word(0), at < 500 ? kOldWord : (at < 1100 ? 0x3FFF : 0x2000));
+    EXPECT_EQ(rig.form.view().NotesLabel, kStoppedText);
   }
 }
 

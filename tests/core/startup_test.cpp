@@ -144,5 +144,25 @@ TEST(Startup, FailedIdentificationLeavesTheFirmwareVersionEmptyAndGoesOn) {
   EXPECT_EQ(p.driver.closes, 1);
 }
 
+// In exact mode the start-up is the documented one from its first packet: a
+// unit that stops answering gets one box per failed exchange, and every
+// step's packet is still tried, down to the supply on and the LED off.
+TEST(Startup, ExactModeTriesEveryStepOfAUnitThatStopsAnswering) {
+  for (const int at : {2, 3, 4}) {
+    SCOPED_TRACE(at);
+    testing::FormParts<sim::SimUnit> panel("16F628A");
+    panel.store.save(kSettingsApp, kPanelSection, kExactKey, "1");
+    panel.driver.fall_silent_at(at);
+    ASSERT_TRUE(panel.form.Form_Load());
+    const auto& trace = panel.driver.trace();
+    ASSERT_GE(trace.size(), 17u);
+    EXPECT_EQ(trace[trace.size() - 2].tx, (Packet{UNIT_VCC, 1}));
+    EXPECT_EQ(trace.back().tx, (Packet{UNIT_LED, 0}));
+    EXPECT_EQ(panel.host.boxes.size(), trace.size() - static_cast<std::size_t>(at) + 1);
+    for (const auto& box : panel.host.boxes) EXPECT_EQ(box.text, "USB Write Error");
+    EXPECT_EQ(panel.form.USBMSG(), "Write NG!:");
+  }
+}
+
 }  // namespace
 }  // namespace zenta

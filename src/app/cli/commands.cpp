@@ -230,8 +230,12 @@ int identify(Session& s, ChipOperations& ops, std::optional<CommandResult> ident
 
 // A refused pre-flight; without a refusal text an exchange failed there,
 // which the link has reported, or the command was interrupted.
-void refuse(Session& s, const Preflight& preflight) {
-  if (preflight.interrupted) {
+void refuse(Session& s, const Preflight& preflight, const ChipOperations& ops) {
+  if (ops.target_may_be_powered()) {
+    s.record.fail(
+        "the chip check failed and switching the target off failed: the target may "
+        "still be powered; unplug the unit");
+  } else if (preflight.interrupted) {
     s.record.fail("interrupted before the chip was touched; the target is switched off",
                   "interrupted");
   } else if (!preflight.failed_while.empty()) {
@@ -273,7 +277,7 @@ int erase(Session& s, ChipOperations& ops) {
   tell_findings(s, preflight.findings);
   if (preflight.refused) {
     s.console.finish();
-    refuse(s, preflight);
+    refuse(s, preflight, ops);
     return kExitFailed;
   }
   s.console.notes("Chip Erase Complete", 0);
@@ -308,7 +312,7 @@ int write(Session& s, ChipOperations& ops) {
   tell_findings(s, preflight.findings);
   s.console.finish();
   if (preflight.refused) {
-    refuse(s, preflight);
+    refuse(s, preflight, ops);
     return kExitFailed;
   }
   if (!quiet(s)) print_config_source(s, source);
@@ -347,7 +351,7 @@ int read_program(Session& s, ChipOperations& ops) {
     tell_findings(s, chip.findings);
     if (chip.refused) {
       s.console.finish();
-      refuse(s, chip);
+      refuse(s, chip, ops);
       return kExitFailed;
     }
     end = chip.program_words;
@@ -382,7 +386,7 @@ int read_eeprom(Session& s, ChipOperations& ops) {
     tell_findings(s, chip.findings);
     if (chip.refused) {
       s.console.finish();
-      refuse(s, chip);
+      refuse(s, chip, ops);
       return kExitFailed;
     }
     if (chip.chip)
