@@ -41,6 +41,11 @@ int main(int argc, char** argv) {
   // The pictures live in the window library's resources.
   Q_INIT_RESOURCE(zenta);
   QApplication app(argc, argv);
+  // SIGINT, SIGTERM and SIGHUP (a logout, kill) end the panel as closing its
+  // window does: an operation ends at its next step with programming mode
+  // left and the target off, then the window closes and the trace is
+  // flushed. Caught from the start, so none is lost while the panel starts.
+  zenta::install_interrupt_handlers();
   QApplication::setOrganizationName("ZENTA");
   QApplication::setApplicationName("ZENTA");
   QApplication::setWindowIcon(QIcon(":/zenta/zenta-panel.png"));
@@ -80,12 +85,8 @@ int main(int argc, char** argv) {
 
   zenta::PanelWindows windows(form, parts, host, choice.simulated);
   windows.main_window().show();
-  // SIGINT, SIGTERM and SIGHUP (a logout, kill) end the panel as closing its
-  // window does: an operation ends at its next step with programming mode
-  // left and the target off, then the window closes and the trace is
-  // flushed. The operation sees the flag itself; this timer closes the
+  // The operation sees the interrupt flag itself; this timer closes the
   // window, also when the panel is idle.
-  zenta::install_interrupt_handlers();
   QTimer interrupt_watch;
   QObject::connect(&interrupt_watch, &QTimer::timeout, [&windows] {
     if (zenta::interrupted()) windows.main_window().close();

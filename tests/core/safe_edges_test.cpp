@@ -204,6 +204,27 @@ TEST(SafeEdges, ImagesReachingTheLastWordAreWrittenWholeOnEveryChip) {
   }
 }
 
+// A full chip read into a file and written into a blank one: the clone
+// holds every word, the last one included, and the configuration word.
+TEST(SafeEdges, AFullChipClonesWhole) {
+  for (const char* name : {"16F877A", "16F628A", "16F819"}) {
+    SCOPED_TRACE(name);
+    TempDir dir;
+    cli::testing::SimRun original(name);
+    const int words = original.unit->chip().program_words;
+    for (int w = 0; w < words; ++w) original.unit->set_program_word(w, (w * 7 + 1) & 0x3FFF);
+    original.unit->set_config_word(0x3F72 & 0x3FFF);
+    const int config = original.unit->config_word();
+    ASSERT_EQ(original({"--device", name, "read", "-o", dir.file("clone.hex")}).status, 0);
+    cli::testing::SimRun blank(name);
+    const auto written = blank({"--device", name, "write", dir.file("clone.hex")});
+    ASSERT_EQ(written.status, 0) << written.err;
+    for (int w = 0; w < words; ++w)
+      ASSERT_EQ(blank.unit->program_word(w), (w * 7 + 1) & 0x3FFF) << w;
+    EXPECT_EQ(blank.unit->config_word(), config);
+  }
+}
+
 // A unit whose supply-off packet never goes through.
 class SupplyStuckOn : public UnitDriver {
  public:

@@ -1,12 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <sstream>
+#include <thread>
 
 #include "common/number_text.h"
 #include "fakes.h"
 #include "link/trace_driver.h"
+#include "link/unit.h"
 #include "link/unit_link.h"
 #include "scripted_driver.h"
+#include "temp_dir.h"
 
 namespace zenta {
 namespace {
@@ -28,6 +34,34 @@ TEST(TraceDriver, OneLinePerExchangeAndFailuresMarked) {
             "TX 3F 00 00 00 00 00 00 00 RX 5A 45 4E 54 41 20 31 32\n"
             "TX 3A 01 00 00 00 00 00 00 FAILED\n"
             "TX 32 02 00 00 00 00 00 00 RX AB 00 00 00 00 00 00 00 FAILED\n");
+}
+
+// A user following the trace with `tail -f` sees each exchange within a
+// tenth of a second, and everything once an operation has ended.
+TEST(TraceDriver, ReachesItsFileWhileExchangesHappenAndWhenAnOperationEnds) {
+  testing::TempDir dir;
+  const std::string path = dir.file("t.trace");
+  std::ofstream file(path);
+  testing::ScriptedDriver inner;
+  testing::FakeHost host;
+  TraceDriver trace(inner, file);
+  Unit unit(trace, host);
+  const auto lines_on_disk = [&path] {
+    std::ifstream in(path);
+    return std::count(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>(), '\n');
+  };
+  {
+    Unit::Operation operation(unit);
+    unit.link().SENDCMD(0x3A, 0x01);
+    unit.link().SENDCMD(0x3B, 0x01);
+    EXPECT_EQ(lines_on_disk(), 0);
+    std::this_thread::sleep_for(kTraceFlushInterval + std::chrono::milliseconds(20));
+    unit.link().SENDCMD(0x3A, 0x00);
+    EXPECT_EQ(lines_on_disk(), 3);
+    unit.link().SENDCMD(0x3B, 0x00);
+    EXPECT_EQ(lines_on_disk(), 3);
+  }
+  EXPECT_EQ(lines_on_disk(), 4);
 }
 
 TEST(NumberText, HexBoxReadingRule) {
