@@ -58,9 +58,11 @@ bool MainForm::hex_file_ok() {
   // Checked before the loader touches the buffer: a file with errors leaves
   // the image that was loaded before as it was.
   const std::string path = resolve_case_insensitive(state_.HexFileName);
-  const HexCheck check =
-      check_hex_file(path.empty() ? state_.HexFileName : path,
-                     {state_.ProgramSize, static_cast<int>(state_.EepromLastAddress) + 1});
+  const HexCheck check = check_hex_file(
+      path.empty() ? state_.HexFileName : path,
+      {state_.ProgramSize, static_cast<int>(state_.EepromLastAddress) + 1,
+       view_.PICsel < 0 ? std::string()
+                        : std::string(device_record(view_.PICsel).caption) + " entry"});
   if (check.ok()) return true;
   std::vector<std::string> errors;
   for (const HexFinding& finding : check.findings) {

@@ -33,7 +33,7 @@ TEST(HexCheck, AWellFormedFileGivesItsMemoriesAndNamesTheUnwrittenEeprom) {
                                           {0x2100, 0x5A},
                                           {0x2103, 0x01}});
   std::istringstream in(text);
-  const HexCheck check = check_hex(in, {0x400, 128});
+  const HexCheck check = check_hex(in, {0x400, 128, ""});
   ASSERT_TRUE(check.ok()) << check.findings[0].message("p.hex");
   EXPECT_EQ(check.program,
             (std::map<int, std::uint16_t>{{0, 0x2805}, {1, 0}, {0x3FE, 0x3FFF}, {0x3FF, 0x3444}}));
@@ -80,24 +80,36 @@ TEST(HexCheck, EachFaultIsNamedWithItsLine) {
       {"EEPROM byte", data + record("024200000501") + "\n" + kEnd, 2, "wider than 8 bits"},
       {"half word", data + record("0100030028") + "\n" + kEnd, 2,
        "word 0x1 has only its high byte"},
-      {"twice", data + record("020000000628") + "\n" + kEnd, 2,
-       "given again, other than on line 1"},
+      {"twice", data + record("020000000629") + "\n" + kEnd, 2,
+       "word 0x0 is given again, other than on line 1"},
+      {"NUL",
+       std::string(":0200000\0"
+                   "00528D1\n",
+                   17) +
+           kEnd,
+       1, "byte 0x00 at column 9 is not a hexadecimal digit"},
+      {"past the 16F628A", data + record("020800000528") + "\n" + kEnd, 2,
+       "word 0x400 is outside the 16F628A (program 0-0x3FF,"},
       {"too long", data + ":" + std::string(530, '0') + "\n" + kEnd, 2, "longer than any valid"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     std::istringstream in(c.text);
-    const HexCheck check = check_hex(in, {0x400, 128});
+    const HexCheck check =
+        check_hex(in, {0x400, 128, c.name == "past the 16F628A" ? "16F628A" : ""});
     EXPECT_FALSE(check.ok());
-    bool found = false;
+    int found = 0;
     for (const HexFinding& finding : check.findings) {
       if (finding.error && finding.line == c.line &&
           finding.reason.find(c.reason) != std::string::npos) {
-        found = true;
+        ++found;
       }
+      // Messages are text: no byte of the file's goes into them raw.
+      for (const char k : finding.reason) EXPECT_GE(static_cast<unsigned char>(k), 0x20);
     }
-    EXPECT_TRUE(found) << (check.findings.empty() ? std::string("no finding")
-                                                  : check.findings[0].message("f.hex"));
+    // Each fault once.
+    EXPECT_EQ(found, 1) << (check.findings.empty() ? std::string("no finding")
+                                                   : check.findings[0].message("f.hex"));
   }
   EXPECT_EQ((HexFinding{7, "no end record"}.message("blink.hex")),
             "blink.hex line 7: no end record");
@@ -108,7 +120,7 @@ TEST(HexCheck, EachFaultIsNamedWithItsLine) {
 // what editors leave; none of them is a fault.
 TEST(HexCheck, HarmlessLayoutIsNoFinding) {
   std::istringstream in("  " + record("020000000528") + " \r\n" + kEnd + "\n\n");
-  const HexCheck check = check_hex(in, {0x400, 128});
+  const HexCheck check = check_hex(in, {0x400, 128, ""});
   EXPECT_TRUE(check.findings.empty()) << check.findings[0].message("f.hex");
   EXPECT_EQ(check.program.at(0), 0x2805);
 }
