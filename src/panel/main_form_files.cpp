@@ -88,6 +88,14 @@ void MainForm::take_image_facts() {
   if (const auto config = image_config_word(state_)) {
     const std::string text = config_hex_text(*config >> 8, *config & 0xFF);
     ConfigAddrText_Change(text);
+    // The option controls show the file's word, not the settings before it.
+    const ConfigControls controls =
+        controls_of_word(static_cast<std::uint16_t>(*config & kConfigBits), patterns_);
+    view_.OSCsel = controls.oscillator;
+    view_.WDTsel = controls.wdt;
+    view_.PUTsel = controls.put;
+    view_.PRTsel = controls.protect;
+    view_.BORsel = controls.bor;
     findings.push_back("configuration word " + text + " from the file");
   }
   LastAddrText_Change(hex_text(image_last_address(state_, state_.ProgramSize)));

@@ -65,13 +65,19 @@ TEST(SafeWrite, TheWrongChipOrNoChipIsRefusedBeforeTheChipIsTouched) {
 }
 
 TEST(SafeWrite, TheChipEndsUpHoldingTheImageWithTheFilesConfigurationWord) {
-  // Chip, entry, a configuration word its entry's box would not give.
+  // Chip, entry, a configuration word its entry's box would not give, and
+  // the option controls that show it: oscillator (-1 none of the four: an
+  // internal one), WDT, PUT, BOR.
   const struct {
     const char* chip;
     int device;
     int config;
-  } cases[] = {{"16F877A", 1, 0x3F32}, {"16F84A", 3, 0x3FF1}, {"16F628A", 5, 0x3F70},
-               {"16F876", 0, 0x3F32},  {"16F819", 7, 0x3F70}, {"16F628", 4, 0x3F70}};
+    int osc;
+    bool wdt, put, bor;
+  } cases[] = {
+      {"16F877A", 1, 0x3F32, 2, false, true, false}, {"16F84A", 3, 0x3FF5, 1, true, true, false},
+      {"16F628A", 5, 0x3F70, -1, false, true, true}, {"16F876", 0, 0x3F3E, 2, true, false, false},
+      {"16F819", 7, 0x3F70, -1, false, true, true},  {"16F628", 4, 0x3F70, -1, false, true, true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.chip);
     TempDir dir;
@@ -83,6 +89,11 @@ TEST(SafeWrite, TheChipEndsUpHoldingTheImageWithTheFilesConfigurationWord) {
     EXPECT_EQ(rig.form.view().ConfigAddrText, hex_text(c.config >> 8) + hex_text(c.config & 0xFF));
     EXPECT_EQ(rig.form.view().LastAddrText, "10");
     EXPECT_NE(rig.form.view().StatusLine.find("from the file"), std::string::npos);
+    EXPECT_EQ(rig.form.view().OSCsel, c.osc);
+    EXPECT_EQ(rig.form.view().WDTsel, c.wdt);
+    EXPECT_EQ(rig.form.view().PUTsel, c.put);
+    EXPECT_FALSE(rig.form.view().PRTsel);
+    EXPECT_EQ(rig.form.view().BORsel, c.bor);
 
     const CommandResult result = rig.form.WriteButton_Click();
     EXPECT_TRUE(result.ok());
