@@ -587,6 +587,12 @@ TEST(Editors, MessageInAnIncludedFileLeavesTheTargetUnlessExact) {
     EXPECT_EQ(read_text(r.source), "\tinclude defs.inc\n");
     if (exact) continue;
     EXPECT_EQ(tools.editor_title(), "Editor - defs.inc");
+    // A request the editor never took does not outlive the Editor button.
+    tools.editor_closed();
+    r.rig.host.visible.clear();
+    tools.ErrText_DblClick("Error[113]   defs.inc 1 : x");
+    r.rig.form.EditorButton_Click();
+    EXPECT_EQ(tools.load_editor(), "\tinclude defs.inc\n");
     r.rig.form.ASSMButton_Click();
     ASSERT_EQ(r.rig.host.tool_starts.size(), 1u);
     EXPECT_EQ(r.rig.host.tool_starts[0].argument, r.source);

@@ -196,15 +196,17 @@ TEST(AtomicFile, ReplacesTheTargetKeepingItsPermissionsOrLeavesItAlone) {
 
   // What runs killed before their rename left: the next write of the same
   // target removes its own kind, and only those of ended processes.
-  const std::string dead = std::to_string(999999999);  // beyond any process number
+  const std::string dead = std::to_string(900000001);  // beyond any process number
   const std::string alive = std::to_string(::getppid());
+  const std::string own = std::to_string(::getpid());  // a write of this process's own
   const struct {
     std::string name;
     bool removed;
   } leftovers[] = {
       {"src.asm.part", true},
-      {"src.asm.zenta-" + dead + "-3.tmp", true},
+      {"src.asm.zenta-" + dead + "-10.tmp", true},
       {"src.asm.zenta-" + alive + "-1.tmp", false},
+      {"src.asm.zenta-" + own + "-1.tmp", false},
       {"src.asm.zenta-" + dead + "-x.tmp", false},
       {"src.asm.bak", false},
       {"link.asm.part", false},
