@@ -7,7 +7,10 @@
 #include <fstream>
 #include <system_error>
 
+#include <vector>
+
 #ifndef _WIN32
+#include <signal.h>
 #include <unistd.h>
 #endif
 
@@ -24,6 +27,52 @@ std::string temporary_suffix() {
   const long process = 0;
 #endif
   return ".zenta-" + std::to_string(process) + "-" + std::to_string(++counter) + ".tmp";
+}
+
+// True for the suffix of a temporary file ".zenta-PID-N.tmp" whose process
+// has ended; a living process may still be writing its own.
+bool abandoned_temporary(const std::string& suffix) {
+#ifndef _WIN32
+  const std::string head = ".zenta-";
+  const std::string tail = ".tmp";
+  if (suffix.size() <= head.size() + tail.size() || suffix.compare(0, head.size(), head) != 0 ||
+      suffix.compare(suffix.size() - tail.size(), tail.size(), tail) != 0) {
+    return false;
+  }
+  const std::string middle = suffix.substr(head.size(), suffix.size() - head.size() - tail.size());
+  const std::size_t dash = middle.find('-');
+  if (dash == 0 || dash == std::string::npos || dash + 1 == middle.size() || dash > 9) return false;
+  for (std::size_t i = 0; i < middle.size(); ++i) {
+    if (i != dash && (middle[i] < '0' || middle[i] > '9')) return false;
+  }
+  const long process = std::stol(middle.substr(0, dash));
+  if (process <= 0 || process == static_cast<long>(::getpid())) return false;
+  return ::kill(static_cast<pid_t>(process), 0) != 0 && errno == ESRCH;
+#else
+  (void)suffix;
+  return false;
+#endif
+}
+
+// A run killed between writing and renaming leaves its temporary file
+// beside the target: "X.part" (the simulated chip's save of old) or
+// "X.zenta-PID-N.tmp". The next write of X removes those of ended runs.
+void remove_abandoned_temporaries(const std::filesystem::path& target) {
+  namespace fs = std::filesystem;
+  const std::string name = target.filename().string();
+  const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+  std::error_code error;
+  std::vector<fs::path> abandoned;
+  for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error)) {
+    const std::string entry = it->path().filename().string();
+    if (entry.size() <= name.size() || entry.compare(0, name.size(), name) != 0) continue;
+    const std::string suffix = entry.substr(name.size());
+    std::error_code kind_error;
+    if ((suffix == ".part" || abandoned_temporary(suffix)) && it->is_regular_file(kind_error)) {
+      abandoned.push_back(it->path());
+    }
+  }
+  for (const fs::path& path : abandoned) fs::remove(path, error);
 }
 
 bool fail(std::string* reason, const std::string& text) {
@@ -48,6 +97,7 @@ bool write_file_atomically(const std::string& path, const std::string& text, std
   if (exists && fs::is_directory(existing)) return fail(reason, "it is a folder");
   if (exists && !fs::is_regular_file(existing)) return fail(reason, "it is not a plain file");
 
+  remove_abandoned_temporaries(target);
   fs::path temporary = target;
   temporary += temporary_suffix();
   {

@@ -45,11 +45,15 @@ class Host {
   // is not empty, so a path with blanks or shell characters reaches the
   // program as it stands. No shell is involved. start_tool returns a handle
   // to watch, or null when the program cannot start; start_detached lets
-  // the program run on its own. Hosts that start nothing keep the defaults.
+  // the program run on its own. A tool runs in `folder`, or in the
+  // panel's current folder when it is empty. Hosts that start nothing keep
+  // the defaults.
   virtual std::unique_ptr<ToolProcess> start_tool(const std::string& command,
-                                                  const std::string& argument) {
+                                                  const std::string& argument,
+                                                  const std::string& folder) {
     (void)command;
     (void)argument;
+    (void)folder;
     return nullptr;
   }
   virtual bool start_detached(const std::string& command, const std::string& argument) {

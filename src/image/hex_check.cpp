@@ -60,8 +60,13 @@ class Checker {
 bool Checker::record(int number, const std::string& text, std::vector<int>& bytes) {
   for (std::size_t i = 1; i < text.size(); ++i) {
     if (hex_digit(text[i]) < 0) {
-      error(number, "character '" + std::string(1, text[i]) + "' at column " +
-                        std::to_string(i + 1) + " is not a hexadecimal digit");
+      // A control character or a byte of a multi-byte character would
+      // garble the message: those are named by their value.
+      const auto byte = static_cast<unsigned char>(text[i]);
+      const std::string shown = byte >= 0x20 && byte < 0x7F
+                                    ? "character '" + std::string(1, text[i]) + "'"
+                                    : "byte 0x" + hex_byte(byte);
+      error(number, shown + " at column " + std::to_string(i + 1) + " is not a hexadecimal digit");
       return false;
     }
   }
@@ -114,11 +119,13 @@ void Checker::line(int number, const std::string& raw) {
   switch (type) {
     case 0x00:
       ++data_records_;
-      for (int j = 0; j < count; ++j) {
+      for (long long j = 0, said = -1; j < count; ++j) {
         const long long at = base_ + address + j;
         const auto [seen, fresh] =
             bytes_.try_emplace(at, ByteSeen{static_cast<std::uint8_t>(bytes[4 + j]), number});
-        if (!fresh && seen->second.value != bytes[4 + j]) {
+        // Both bytes of a word given again make one finding.
+        if (!fresh && seen->second.value != bytes[4 + j] && at / 2 != said) {
+          said = at / 2;
           error(number, "word " + hex(at / 2) + " is given again, other than on line " +
                             std::to_string(seen->second.line));
         }
@@ -190,7 +197,8 @@ void Checker::place_words() {
       }
       eeprom_last = word_address;
     } else {
-      error(line, "word " + hex(word_at) + " is outside the chip (program 0-" +
+      error(line, "word " + hex(word_at) + " is outside the " +
+                      (space_.name.empty() ? std::string("chip") : space_.name) + " (program 0-" +
                       hex(program_end - 1) + ", configuration 0x2000-0x2007, EEPROM 0x2100-" +
                       hex(eeprom_end - 1) + ")");
     }

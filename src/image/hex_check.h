@@ -19,6 +19,9 @@ namespace zenta {
 struct HexChipSpace {
   int program_words = 0x2000;
   int eeprom_bytes = 256;
+  // What the limits are those of, for messages: "16F628A" or "16F62xA
+  // entry"; "chip" when empty.
+  std::string name;
 };
 
 struct HexFinding {

@@ -30,6 +30,27 @@ std::string driver_result_text(std::int32_t result) {
   return "NG(" + std::to_string(result) + ")";
 }
 
+std::string driver_result_reason(std::int32_t result) {
+  switch (result) {
+    case 0:
+      return "success";
+    case -1:
+      return "the driver is already open";
+    case -2:
+      return "the driver could not be opened";
+    case -3:
+      return "the driver is not open";
+    case -4:
+      return "a write error";
+    case -5:
+      return "a read error";
+    case -6:
+      return "a test error";
+    default:
+      return "open error " + std::to_string(result);
+  }
+}
+
 std::string link_loss_text(LinkLoss loss) {
   switch (loss) {
     case LinkLoss::kUnplugged:

@@ -33,6 +33,9 @@ const std::array<std::string, 8>& driver_result_texts();
 // Text for any open result; a code outside 0..-7 reads as the open error
 // with its number, so the user still sees why the unit was not found.
 std::string driver_result_text(std::int32_t result);
+// The same result in English, for messages beside the driver's own text:
+// "the driver could not be opened".
+std::string driver_result_reason(std::int32_t result);
 
 enum LinkStatus : std::int16_t { kLinkOk = 0, kLinkFailed = 1 };
 

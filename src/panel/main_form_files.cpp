@@ -75,7 +75,9 @@ bool MainForm::hex_file_ok(const InputFile& file) {
     return false;
   }
   const HexCheck check = check_hex_text(
-      file.text, {state_.ProgramSize, static_cast<int>(state_.EepromLastAddress) + 1});
+      file.text, {state_.ProgramSize, static_cast<int>(state_.EepromLastAddress) + 1,
+                  view_.PICsel < 0 ? std::string()
+                                   : std::string(device_record(view_.PICsel).caption) + " entry"});
   if (check.ok()) return true;
   std::vector<std::string> errors;
   for (const HexFinding& finding : check.findings) {
@@ -101,6 +103,14 @@ void MainForm::take_image_facts() {
   if (const auto config = image_config_word(state_)) {
     const std::string text = config_hex_text(*config >> 8, *config & 0xFF);
     ConfigAddrText_Change(text);
+    // The option controls show the file's word, not the settings before it.
+    const ConfigControls controls =
+        controls_of_word(static_cast<std::uint16_t>(*config & kConfigBits), patterns_);
+    view_.OSCsel = controls.oscillator;
+    view_.WDTsel = controls.wdt;
+    view_.PUTsel = controls.put;
+    view_.PRTsel = controls.protect;
+    view_.BORsel = controls.bor;
     findings.push_back("configuration word " + text + " from the file");
   }
   LastAddrText_Change(hex_text(image_last_address(state_, state_.ProgramSize)));

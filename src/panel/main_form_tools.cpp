@@ -22,6 +22,7 @@ Toolchain& MainForm::toolchain() {
     };
     panel.load_hex = [this] { LOAD_HEX(); };
     panel.busy = [this] { return view_.busy; };
+    panel.exact = [this] { return view_.exact; };
     toolchain_ = std::make_unique<Toolchain>(tools_, state_, host_, std::move(panel));
   }
   return *toolchain_;

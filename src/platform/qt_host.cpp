@@ -113,8 +113,9 @@ bool QtHost::start_program(const std::string& command_line, bool /*minimized*/) 
 }
 
 std::unique_ptr<ToolProcess> QtHost::start_tool(const std::string& command,
-                                                const std::string& argument) {
-  return QtToolProcess::start(tool_launch(command, argument));
+                                                const std::string& argument,
+                                                const std::string& folder) {
+  return QtToolProcess::start(tool_launch(command, argument), folder);
 }
 
 bool QtHost::start_detached(const std::string& command, const std::string& argument) {

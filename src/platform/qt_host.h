@@ -21,8 +21,8 @@ class QtHost : public Host {
   std::string open_file_dialog(const std::string& filter) override;
   std::string save_file_dialog(const std::string& filter) override;
   bool start_program(const std::string& command_line, bool minimized) override;
-  std::unique_ptr<ToolProcess> start_tool(const std::string& command,
-                                          const std::string& argument) override;
+  std::unique_ptr<ToolProcess> start_tool(const std::string& command, const std::string& argument,
+                                          const std::string& folder) override;
   bool start_detached(const std::string& command, const std::string& argument) override;
   bool open_url(const std::string& url) override;
   void show_window(WindowId id) override;

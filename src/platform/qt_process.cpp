@@ -34,9 +34,11 @@ LaunchCommand tool_launch(const std::string& command, const std::string& argumen
   return launch;
 }
 
-std::unique_ptr<QtToolProcess> QtToolProcess::start(const LaunchCommand& launch) {
+std::unique_ptr<QtToolProcess> QtToolProcess::start(const LaunchCommand& launch,
+                                                    const std::string& folder) {
   if (launch.program.empty()) return nullptr;
   std::unique_ptr<QtToolProcess> tool(new QtToolProcess);
+  if (!folder.empty()) tool->process_.setWorkingDirectory(q(folder));
   tool->process_.setProcessChannelMode(QProcess::MergedChannels);
   // The tool reads nothing; a closed input never leaves it waiting for one.
   tool->process_.setStandardInputFile(QProcess::nullDevice());

@@ -17,8 +17,10 @@ LaunchCommand tool_launch(const std::string& command, const std::string& argumen
 
 class QtToolProcess : public ToolProcess {
  public:
-  // Null when the program cannot start.
-  static std::unique_ptr<QtToolProcess> start(const LaunchCommand& launch);
+  // Null when the program cannot start. It runs in `folder`, or in the
+  // current folder when that is empty.
+  static std::unique_ptr<QtToolProcess> start(const LaunchCommand& launch,
+                                              const std::string& folder = {});
   ~QtToolProcess() override;
 
   bool finished() override;

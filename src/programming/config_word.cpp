@@ -35,6 +35,21 @@ std::uint16_t apply_option(std::uint16_t word, const ConfigOptionPatterns& p, Co
   return word;
 }
 
+ConfigControls controls_of_word(std::uint16_t word, const ConfigOptionPatterns& patterns) {
+  ConfigControls controls;
+  for (int index = 3; index >= 0; --index) {
+    if (apply_oscillator(word, patterns, index) == word) controls.oscillator = index;
+  }
+  const auto checked = [&](ConfigOption option) {
+    return apply_option(word, patterns, option, false) != word;
+  };
+  controls.wdt = checked(ConfigOption::kWdt);
+  controls.put = checked(ConfigOption::kPut);
+  controls.protect = checked(ConfigOption::kProtect);
+  controls.bor = checked(ConfigOption::kBor);
+  return controls;
+}
+
 std::string config_hex_text(int high, int low) {
   return hex_byte(high) + hex_byte(low);
 }

@@ -20,6 +20,19 @@ std::uint16_t apply_oscillator(std::uint16_t word, const ConfigOptionPatterns& p
 std::uint16_t apply_option(std::uint16_t word, const ConfigOptionPatterns& patterns,
                            ConfigOption option, bool checked);
 
+// The option controls that show a word: the oscillator choice whose value
+// the word holds (-1 when it holds none of the four, as an internal
+// oscillator), and each check box checked unless the word holds what
+// unchecking it gives (so partial code protection shows as protected).
+struct ConfigControls {
+  int oscillator = -1;
+  bool wdt = false;
+  bool put = false;
+  bool protect = false;
+  bool bor = false;
+};
+ConfigControls controls_of_word(std::uint16_t word, const ConfigOptionPatterns& patterns);
+
 // Two upper-case digits of the high byte, then two of the low byte: 01D7.
 std::string config_hex_text(int high, int low);
 // Bits 13..0 in groups of 2, 4, 4 and 4: 0x3F3B gives "11 1111 0011 1011".

@@ -21,6 +21,7 @@ bool same_file(const std::string& a, const std::string& b) {
 }  // namespace
 
 void Toolchain::EditorButton_Click() {
+  editor_request_.clear();  // the editor opens on the file name box
   notes("Open EDITER", kLavender);
   const std::string& target = state_.TargetFileName;
   test_box(tool_command_line(tools_.EditorFolder, tools_.EditorCommand, target));
@@ -51,8 +52,12 @@ void Toolchain::open_editor_at(const std::string& file, int line) {
     }
     return;
   }
-  if (panel_.set_file_name) panel_.set_file_name(file);
-  state_.TargetFileName = file;
+  if (exact()) {
+    if (panel_.set_file_name) panel_.set_file_name(file);
+    state_.TargetFileName = file;
+  } else {
+    editor_request_ = file;
+  }
   editor_line_ = line;
   host_.show_window(WindowId::kEditor);
 }
@@ -66,10 +71,24 @@ bool Toolchain::ErrText_DblClick(const std::string& line) {
 }
 
 std::string Toolchain::load_editor() {
-  editor_file_ = panel_.file_name ? panel_.file_name() : std::string();
+  const std::string box = panel_.file_name ? panel_.file_name() : std::string();
   // A file that does not exist yet opens empty, so that a new source can be
   // typed and saved under the name in the box.
-  return editor_file_.empty() ? std::string() : read_lines_crlf(editor_file_);
+  if (exact()) {
+    editor_file_ = box;
+    return editor_file_.empty() ? std::string() : read_lines_crlf(editor_file_);
+  }
+  editor_file_ = editor_request_.empty() ? box : editor_request_;
+  editor_request_.clear();
+  const std::string text = editor_file_.empty() ? std::string() : read_whole_text(editor_file_);
+  editor_crlf_ = crlf_line_ends(text);
+  return text;
+}
+
+std::string Toolchain::editor_title() const {
+  if (exact()) return "Editor";
+  const std::string name = std::filesystem::path(editor_file_).filename().string();
+  return "Editor - " + (name.empty() ? std::string("new file") : name);
 }
 
 int Toolchain::take_editor_line() {
@@ -79,7 +98,10 @@ int Toolchain::take_editor_line() {
 }
 
 bool Toolchain::save_editor(const std::string& text) {
-  std::string path = panel_.file_name ? panel_.file_name() : std::string();
+  // Checked, the text goes back to the file it came from, whatever the file
+  // name box holds by now (a HEX file chosen since, say).
+  const bool checked = !exact();
+  std::string path = checked ? editor_file_ : panel_.file_name ? panel_.file_name() : std::string();
   if (path.empty()) {
     path = host_.save_file_dialog(kSaveFilter);
     if (path.empty()) return false;
@@ -87,7 +109,10 @@ bool Toolchain::save_editor(const std::string& text) {
     state_.TargetFileName = path;
     editor_file_ = path;
   }
-  if (!write_file_atomically(path, with_crlf(text) + "\r\n")) {
+  const std::string file_text = !checked       ? with_crlf(text) + "\r\n"
+                                : editor_crlf_ ? with_crlf(text)
+                                               : text;
+  if (!write_file_atomically(path, file_text)) {
     host_.message_box("File Error", "FILE ERROR", MessageIcon::kStop);
     return false;
   }

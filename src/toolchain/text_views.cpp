@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <regex>
+#include <sstream>
 
 namespace zenta {
 
@@ -37,6 +38,27 @@ std::string with_crlf(const std::string& text) {
     out += text[i];
   }
   return out;
+}
+
+std::string read_whole_text(const std::string& path) {
+  std::error_code error;
+  if (path.empty() || std::filesystem::is_directory(path, error)) return {};
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  if (file.is_open()) text << file.rdbuf();
+  return text.str();
+}
+
+bool crlf_line_ends(const std::string& text) {
+  const std::size_t end = text.find('\n');
+  if (end == std::string::npos) {
+#ifdef _WIN32
+    return true;
+#else
+    return false;
+#endif
+  }
+  return end > 0 && text[end - 1] == '\r';
 }
 
 std::optional<SourceLocation> message_location(const std::string& line,

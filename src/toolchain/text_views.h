@@ -11,6 +11,11 @@ namespace zenta {
 std::string read_lines_crlf(const std::string& path, bool* ok = nullptr);
 // Text as a Qt text box holds it (LF line ends) with CR LF line ends.
 std::string with_crlf(const std::string& text);
+// The file's bytes as they are; nothing when it cannot be read.
+std::string read_whole_text(const std::string& path);
+// Whether a text's lines end in CR LF, by its first line end; a text without
+// one takes the system's own (CR LF on Windows, LF elsewhere).
+bool crlf_line_ends(const std::string& text);
 
 // Where a message line points: "Error[113]   /src/bad.asm 3 : text" or
 // "/src/bad.asm:3:Error[113] text", and the same for Warning and Message.

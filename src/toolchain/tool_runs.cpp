@@ -61,7 +61,19 @@ void Toolchain::start_run(ToolKind kind) {
     host_.beep();
     return;
   }
-  const std::optional<ToolNames> names = tool_names(kind, path, host_.current_folder());
+  // Checked, a tool runs in its source's folder, so that what it writes
+  // beside itself (the compiler's cerr.txt, listings) lands there and not in
+  // whatever folder the panel was started from.
+  namespace fs = std::filesystem;
+  std::string folder_of_run;
+  std::string argument = path;
+  if (!exact()) {
+    const fs::path absolute = fs::path(host_.current_folder()) / fs::path(path);
+    folder_of_run = absolute.parent_path().string();
+    argument = absolute.string();
+  }
+  const std::optional<ToolNames> names =
+      tool_names(kind, path, folder_of_run.empty() ? host_.current_folder() : folder_of_run);
   if (!names) return;
   const bool assembler = kind == ToolKind::kAssembler;
   notes(run_label(kind), kWhite);
@@ -78,7 +90,7 @@ void Toolchain::start_run(ToolKind kind) {
   run->command_line = tool_command_line(folder, command, path);
   test_box(run->command_line);
   run->started = std::filesystem::file_time_type::clock::now();
-  run->process = host_.start_tool(tool_command(folder, command), path);
+  run->process = host_.start_tool(tool_command(folder, command), argument, folder_of_run);
   if (!run->process) {
     host_.message_box("File not found", "OPEN ERROR", MessageIcon::kStop);
     return;

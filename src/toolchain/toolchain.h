@@ -26,6 +26,8 @@ struct ToolPanel {
   std::function<void()> load_hex;                    // LOAD_HEX of HexFileName
   // True while a chip operation runs; a finished run loads its image after it.
   std::function<bool()> busy;
+  // The "exact" setting: the documented editor and runs, none of the checks.
+  std::function<bool()> exact;
 };
 
 class Toolchain {
@@ -64,12 +66,18 @@ class Toolchain {
   void New_EditorButton_Click();
   // The built-in editor on `file` at `line` (1-based). An open editor on the
   // same file goes to the line; one open on another file is only brought
-  // forward, so its unsaved text is not lost.
+  // forward, so its unsaved text is not lost. Checked, the target stays as
+  // it is (the file may be one the source includes); exact, the file goes
+  // into the file name box, which the editor loads and saves.
   void open_editor_at(const std::string& file, int line);
-  // The built-in editor's load: the text of the file in the file name box,
-  // each line followed by CR LF (empty when there is none or it cannot be
-  // read). Remembers the file for open_editor_at.
+  // The built-in editor's load: the text of the file in the file name box
+  // (or the one open_editor_at asked for), empty when there is none or it
+  // cannot be read. Exact, each line is followed by CR LF; checked, the
+  // text is the file's own, whose line ends the save keeps. Remembers the
+  // file for open_editor_at and SAVE.
   std::string load_editor();
+  // The editor window's title: "Editor", and checked, the file's name.
+  std::string editor_title() const;
   // The line the editor should show after it loads or comes forward; 0
   // for none. Reading it clears it.
   int take_editor_line();
@@ -77,7 +85,9 @@ class Toolchain {
   std::function<void(int line)> on_editor_line;
   void editor_closed() { editor_file_.clear(); }
   // SAVE with the editor's text as the window holds it (lines ending in LF).
-  // Returns whether the file was written.
+  // Exact, it writes the file in the file name box, with CR LF line ends
+  // and one more; checked, the file the editor loaded, as it was laid out.
+  // Either asks for a name when it has none. Returns whether it wrote.
   bool save_editor(const std::string& text);
 
  private:
@@ -86,6 +96,7 @@ class Toolchain {
   void finish_run();
   void fail_run(const std::string& text, const std::string& title);
   void notes(const std::string& text, std::uint32_t color);
+  bool exact() const { return panel_.exact && panel_.exact(); }
   void test_box(const std::string& text);
 
   const ToolSettings& tools_;
@@ -96,6 +107,10 @@ class Toolchain {
   std::string tool_error_file_;
   std::string tool_output_;
   std::string editor_file_;
+  // Checked: the file open_editor_at asked the next load for, and the line
+  // ends of the loaded file (CR LF or LF).
+  std::string editor_request_;
+  bool editor_crlf_ = false;
   int editor_line_ = 0;
 };
 

@@ -97,6 +97,38 @@ TEST(CliEndToEndTest, ChipKeepsWhatWasWrittenAcrossRuns) {
       << mismatch.err;
 }
 
+// Output that does not arrive is a failure that says so, wherever it goes.
+TEST(CliEndToEndTest, LostOutputFailsTheRun) {
+  TempDir dir;
+  const std::string zenta = quoted(ZENTA_CLI_PATH) + " --unit sim ";
+  const std::string err = " 2>" + quoted(dir.file("stderr.txt"));
+  const std::string status = quoted(dir.file("status.txt"));
+  const struct {
+    const char* name;
+    std::string command;
+    std::string says;
+  } cases[] = {
+      {"full disk on standard output", zenta + "read-eeprom >/dev/full" + err,
+       "zenta: cannot write the standard output: No space left on device\n"},
+      {"full disk on the trace", zenta + "--trace /dev/full id" + err,
+       "zenta: cannot write the trace file '/dev/full': No space left on device\n"},
+      {"-o onto a device", zenta + "read-eeprom -o /dev/full" + err, "cannot write '/dev/full'"},
+      // The reader has gone before the program writes.
+      {"closed pipe", "(sleep 0.5; " + zenta + "read" + err + "; echo $? >" + status + ") | true",
+       "zenta: cannot write the standard output: Broken pipe\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    testing::ProcessResult result = run_command(c.command);
+    if (c.command.find(status) != std::string::npos) {
+      result.status = std::stoi("0" + read_text(dir.file("status.txt")));
+    }
+    const std::string said = read_text(dir.file("stderr.txt"));
+    EXPECT_EQ(result.status, 1) << said;
+    EXPECT_NE(said.find(c.says), std::string::npos) << said;
+  }
+}
+
 TEST(CliEndToEndTest, BadUsageExitsTwoAndPointsToTheHelp) {
   TempDir dir;
   for (const char* args : {"flash", "--unit sim:16F999 id", "--unit sim --device 9 id"}) {

@@ -47,6 +47,12 @@ TEST(CliHonestTest, FailuresSayWhyAndPrintNoOutcomeLine) {
   write_text(dir.file("noconfig.hex"), program_hex(false));
   write_text(dir.file("blink.asm"), "  list p=16f628a\n  goto 0\n  end\n");
   std::filesystem::create_directory(dir.file("folder.hex"));
+  // Word 0x900 is past the 16F628A's 2K words but inside its entry's 4K.
+  write_text(dir.file("4k.hex"), format_inhx8m({{0, 0x2805}, {0x900, 0x0000}}));
+  write_text(dir.file("8k.hex"), format_inhx8m({{0, 0x2805}, {0x1100, 0x0000}}));
+  write_text(dir.file("nul.hex"), std::string(":02000000\0"
+                                              "528D1\n:00000001FF\n",
+                                              28));
   const std::string chip = "--device=16F628A";
   const struct {
     const char* name;
@@ -62,6 +68,41 @@ TEST(CliHonestTest, FailuresSayWhyAndPrintNoOutcomeLine) {
        {chip, "write", dir.file("blink.asm")},
        kExitFailed,
        "blink.asm': no Intel HEX records in it",
+       "",
+       0},
+      {"past the chip's memory",
+       {},
+       {chip, "write", dir.file("4k.hex")},
+       kExitFailed,
+       "word 0x900 is outside the 16F628A (program 0-0x7FF,",
+       "",
+       0},
+      {"past the entry's memory",
+       {},
+       {"--device=16F62xA", "write", dir.file("8k.hex")},
+       kExitFailed,
+       "word 0x1100 is outside the 16F62xA entry (program 0-0xFFF,",
+       "",
+       0},
+      {"NUL byte in a record",
+       {},
+       {chip, "write", dir.file("nul.hex")},
+       kExitFailed,
+       "nul.hex line 1: byte 0x00 at column 10 is not a hexadecimal digit",
+       "",
+       0},
+      {"memory file from a device",
+       {},
+       {"--sim-memory", "/dev/zero", chip, "id"},
+       kExitFailed,
+       "'/dev/zero': larger than a memory file of the 16F628A can be",
+       "",
+       0},
+      {"memory file from a full device",
+       {},
+       {"--sim-memory", "/dev/full", chip, "id"},
+       kExitFailed,
+       "'/dev/full': larger than a memory file of the 16F628A can be",
        "",
        0},
       {"folder",

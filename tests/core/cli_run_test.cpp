@@ -199,7 +199,10 @@ TEST(CliRunTest, UnitNotFoundCarriesTheDriversHint) {
     choice.driver.reset(driver);
     const Outcome result = run_on(choice, {"version"});
     EXPECT_EQ(result.status, kExitNoUnit);
-    EXPECT_NE(result.err.find("Unit not Found"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("Unit not Found (Driver Open:NG(ドライバオープンエラー): the "
+                              "driver could not be opened)\n"),
+              std::string::npos)
+        << result.err;
     EXPECT_NE(result.err.find(c.says), std::string::npos) << result.err;
   }
 }

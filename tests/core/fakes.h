@@ -66,12 +66,13 @@ class FakeHost : public Host {
   };
   std::vector<Started> started;
   bool start_result = true;
-  // Tool starts: command and argument as the core gave them. The next
-  // start runs `tool`; a null tool cannot start.
+  // Tool starts: command, argument and folder as the core gave them. The
+  // next start runs `tool`; a null tool cannot start.
   struct ToolStart {
     std::string command;
     std::string argument;
     bool detached;
+    std::string folder;
   };
   std::vector<ToolStart> tool_starts;
   std::shared_ptr<FakeTool> tool = std::make_shared<FakeTool>();
@@ -98,14 +99,14 @@ class FakeHost : public Host {
     started.push_back({command_line, minimized});
     return start_result;
   }
-  std::unique_ptr<ToolProcess> start_tool(const std::string& command,
-                                          const std::string& argument) override {
-    tool_starts.push_back({command, argument, false});
+  std::unique_ptr<ToolProcess> start_tool(const std::string& command, const std::string& argument,
+                                          const std::string& folder) override {
+    tool_starts.push_back({command, argument, false, folder});
     if (!tool) return nullptr;
     return std::make_unique<FakeToolProcess>(tool);
   }
   bool start_detached(const std::string& command, const std::string& argument) override {
-    tool_starts.push_back({command, argument, true});
+    tool_starts.push_back({command, argument, true, {}});
     return tool != nullptr;
   }
   bool open_url(const std::string& url) override {

@@ -28,16 +28,17 @@ TEST(HexCheck, AWellFormedFileGivesItsMemoriesAndNamesTheUnwrittenEeprom) {
                            format_inhx8m({{0, 0x2805},
                                           {1, 0x0000},
                                           {0x3FF, 0x3444},
+                                          {0x2000, 0x0001},
                                           {0x2001, 0x0007},
                                           {0x2007, 0x3F72},
                                           {0x2100, 0x5A},
                                           {0x2103, 0x01}});
   std::istringstream in(text);
-  const HexCheck check = check_hex(in, {0x400, 128});
+  const HexCheck check = check_hex(in, {0x400, 128, ""});
   ASSERT_TRUE(check.ok()) << check.findings[0].message("p.hex");
   EXPECT_EQ(check.program,
             (std::map<int, std::uint16_t>{{0, 0x2805}, {1, 0}, {0x3FE, 0x3FFF}, {0x3FF, 0x3444}}));
-  EXPECT_EQ(check.user_ids, (std::map<int, std::uint16_t>{{0x2001, 0x0007}}));
+  EXPECT_EQ(check.user_ids, (std::map<int, std::uint16_t>{{0x2000, 0x0001}, {0x2001, 0x0007}}));
   EXPECT_EQ(check.config, std::optional<std::uint16_t>(0x3F72));
   EXPECT_EQ(check.eeprom, (std::map<int, std::uint8_t>{{0, 0x5A}, {3, 0x01}}));
   ASSERT_EQ(check.findings.size(), 1u);
@@ -83,24 +84,37 @@ TEST(HexCheck, EachFaultIsNamedWithItsLine) {
       {"EEPROM byte", data + record("024200000501") + "\n" + kEnd, 2, "wider than 8 bits"},
       {"half word", data + record("0100030028") + "\n" + kEnd, 2,
        "word 0x1 has only its high byte"},
-      {"twice", data + record("020000000628") + "\n" + kEnd, 2,
-       "given again, other than on line 1"},
-      {"too long", data + ":" + std::string(530, '0') + "\n" + kEnd, 2, "longer than any valid"},
+      {"twice", data + record("020000000629") + "\n" + kEnd, 2,
+       "word 0x0 is given again, other than on line 1"},
+      {"NUL",
+       std::string(":0200000\0"
+                   "00528D1\n",
+                   17) +
+           kEnd,
+       1, "byte 0x00 at column 9 is not a hexadecimal digit"},
+      {"past the 16F628A", data + record("020800000528") + "\n" + kEnd, 2,
+       "word 0x400 is outside the 16F628A (program 0-0x3FF,"},
+      {"too long", data + ":" + std::string(kLongestHexRecord, '0') + "\n" + kEnd, 2,
+       "longer than any valid"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     std::istringstream in(c.text);
-    const HexCheck check = check_hex(in, {0x400, 128});
+    const HexCheck check =
+        check_hex(in, {0x400, 128, c.name == "past the 16F628A" ? "16F628A" : ""});
     EXPECT_FALSE(check.ok());
-    bool found = false;
+    int found = 0;
     for (const HexFinding& finding : check.findings) {
       if (finding.error && finding.line == c.line &&
           finding.reason.find(c.reason) != std::string::npos) {
-        found = true;
+        ++found;
       }
+      // Messages are text: no byte of the file's goes into them raw.
+      for (const char k : finding.reason) EXPECT_GE(static_cast<unsigned char>(k), 0x20);
     }
-    EXPECT_TRUE(found) << (check.findings.empty() ? std::string("no finding")
-                                                  : check.findings[0].message("f.hex"));
+    // Each fault once.
+    EXPECT_EQ(found, 1) << (check.findings.empty() ? std::string("no finding")
+                                                   : check.findings[0].message("f.hex"));
   }
   EXPECT_EQ((HexFinding{7, "no end record"}.message("blink.hex")),
             "blink.hex line 7: no end record");
@@ -111,11 +125,11 @@ TEST(HexCheck, EachFaultIsNamedWithItsLine) {
 // some C compilers write them, however long) are named, not refused.
 TEST(HexCheck, HarmlessLayoutIsNoFaultAndTextAfterTheEndIsNamed) {
   const std::string data = "  " + record("020000000528") + " \r\n";
-  const HexCheck plain = check_hex_text(data + kEnd + "\n\n", {0x400, 128});
+  const HexCheck plain = check_hex_text(data + kEnd + "\n\n", {0x400, 128, ""});
   EXPECT_TRUE(plain.findings.empty()) << plain.findings[0].message("f.hex");
   EXPECT_EQ(plain.program.at(0), 0x2805);
   const HexCheck commented = check_hex_text(
-      data + kEnd + "\n; CCS PCM C Compiler\n" + std::string(2000, ';') + "\n", {0x400, 128});
+      data + kEnd + "\n; CCS PCM C Compiler\n" + std::string(2000, ';') + "\n", {0x400, 128, ""});
   EXPECT_TRUE(commented.ok());
   ASSERT_EQ(commented.findings.size(), 1u);
   EXPECT_EQ(commented.findings[0].message("f.hex"),

@@ -94,6 +94,34 @@ TEST(ConfigEditor, OptionsAndTypedTextThroughTheDevicePatterns) {
   }
 }
 
+// Every setting of the option controls, on every entry, reads back from the
+// word it makes; an option the entry lacks (same On and Off) reads as off.
+TEST(ConfigEditor, ControlsReadBackFromEveryWordTheyMake) {
+  for (const DeviceRecord& record : DeviceCatalogue()) {
+    const ConfigOptionPatterns& p = record.patterns;
+    for (int setting = 0; setting < 64; ++setting) {
+      const int oscillator = setting & 3;
+      const bool wdt = setting & 4, put = setting & 8, protect = setting & 16, bor = setting & 32;
+      std::uint16_t word = apply_oscillator(record.default_config_word, p, oscillator);
+      word = apply_option(word, p, ConfigOption::kWdt, wdt);
+      word = apply_option(word, p, ConfigOption::kPut, put);
+      word = apply_option(word, p, ConfigOption::kProtect, protect);
+      word = apply_option(word, p, ConfigOption::kBor, bor);
+      SCOPED_TRACE(::testing::Message() << record.caption << " word " << word);
+      const ConfigControls controls = controls_of_word(word, p);
+      EXPECT_EQ(controls.oscillator, oscillator);
+      EXPECT_EQ(controls.wdt, wdt);
+      EXPECT_EQ(controls.put, put);
+      EXPECT_EQ(controls.protect, protect);
+      EXPECT_EQ(controls.bor, bor && p.BorOn != p.BorOff);
+    }
+  }
+  // An oscillator none of the four buttons stands for: the 16F628A's
+  // internal one (FOSC 100), and partial code protection.
+  EXPECT_EQ(controls_of_word(0x3F70, device_record(5).patterns).oscillator, -1);
+  EXPECT_TRUE(controls_of_word(0x2F3B, device_record(0).patterns).protect);
+}
+
 TEST(UnitControls, ADReadingIsShownDividedBy50HalfToEven) {
   const std::pair<Packet, const char*> cases[] = {
       {{0x00, 0x00}, "0"}, {{0x04, 0x01}, "20"}, {{0x04, 0x33}, "22"}, {{0xFF, 0xFF}, "1311"}};

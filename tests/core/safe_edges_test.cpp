@@ -280,7 +280,7 @@ TEST(SafeEdges, TheCommandLineAtTheEdges) {
        "16F628A",
        {"write", dir.file("beyond.hex")},
        1,
-       "beyond.hex line 2: word 0x2710 is outside the chip"},
+       "beyond.hex line 2: word 0x2710 is outside the 16F628A"},
       {"the same, exact",
        "16F628A",
        {"--exact", "write", dir.file("beyond.hex")},

@@ -65,13 +65,19 @@ TEST(SafeWrite, TheWrongChipOrNoChipIsRefusedBeforeTheChipIsTouched) {
 }
 
 TEST(SafeWrite, TheChipEndsUpHoldingTheImageWithTheFilesConfigurationWord) {
-  // Chip, entry, a configuration word its entry's box would not give.
+  // Chip, entry, a configuration word its entry's box would not give, and
+  // the option controls that show it: oscillator (-1 none of the four: an
+  // internal one), WDT, PUT, BOR.
   const struct {
     const char* chip;
     int device;
     int config;
-  } cases[] = {{"16F877A", 1, 0x3F32}, {"16F84A", 3, 0x3FF1}, {"16F628A", 5, 0x3F70},
-               {"16F876", 0, 0x3F32},  {"16F819", 7, 0x3F70}, {"16F628", 4, 0x3F70}};
+    int osc;
+    bool wdt, put, bor;
+  } cases[] = {
+      {"16F877A", 1, 0x3F32, 2, false, true, false}, {"16F84A", 3, 0x3FF5, 1, true, true, false},
+      {"16F628A", 5, 0x3F70, -1, false, true, true}, {"16F876", 0, 0x3F3E, 2, true, false, false},
+      {"16F819", 7, 0x3F70, -1, false, true, true},  {"16F628", 4, 0x3F70, -1, false, true, true}};
   for (const auto& c : cases) {
     SCOPED_TRACE(c.chip);
     TempDir dir;
@@ -83,6 +89,11 @@ TEST(SafeWrite, TheChipEndsUpHoldingTheImageWithTheFilesConfigurationWord) {
     EXPECT_EQ(rig.form.view().ConfigAddrText, hex_text(c.config >> 8) + hex_text(c.config & 0xFF));
     EXPECT_EQ(rig.form.view().LastAddrText, "10");
     EXPECT_NE(rig.form.view().StatusLine.find("from the file"), std::string::npos);
+    EXPECT_EQ(rig.form.view().OSCsel, c.osc);
+    EXPECT_EQ(rig.form.view().WDTsel, c.wdt);
+    EXPECT_EQ(rig.form.view().PUTsel, c.put);
+    EXPECT_FALSE(rig.form.view().PRTsel);
+    EXPECT_EQ(rig.form.view().BORsel, c.bor);
 
     const CommandResult result = rig.form.WriteButton_Click();
     EXPECT_TRUE(result.ok());
@@ -154,7 +165,7 @@ TEST(SafeWrite, EepromDataInTheFileIsNamedAsNotWritten) {
 
 TEST(SafeWrite, ExactIsKeptInTheSettingsAndClearsTheStatusLine) {
   TempDir dir;
-  PanelRig rig("16F877A", 1, false);
+  PanelRig rig("16F628A", 5, false);
   rig.host.open_answers = {sixteen_word_image(dir, 0x3F32)};
   rig.form.F_OpenButton_Click();
   EXPECT_FALSE(rig.form.view().StatusLine.empty());
@@ -167,7 +178,24 @@ TEST(SafeWrite, ExactIsKeptInTheSettingsAndClearsTheStatusLine) {
   rig.host.open_answers = {dir.file("program.hex")};
   rig.form.F_OpenButton_Click();
   EXPECT_EQ(rig.form.view().ConfigAddrText, "3F3B");
-  EXPECT_EQ(rig.form.view().LastAddrText, "2000");  // past the image, up to the entry's size
+  EXPECT_EQ(rig.form.view().LastAddrText, "1000");  // past the image, up to the entry's size
+  // A checked write before leaves nothing behind: the exact write then
+  // sends what it sends on a panel that never was checked.
+  rig.form.Exact_Click(false);
+  rig.form.WriteButton_Click();
+  rig.form.Exact_Click(true);
+  rig.host.open_answers = {dir.file("program.hex")};
+  rig.form.F_OpenButton_Click();
+  rig.form.ConfigAddrText_Change("3F3B");
+  rig.unit.clear_trace();
+  rig.form.WriteButton_Click();
+  PanelRig fresh("16F628A", 5, true);
+  fresh.host.open_answers = {dir.file("program.hex")};
+  fresh.form.F_OpenButton_Click();
+  fresh.form.ConfigAddrText_Change("3F3B");
+  fresh.unit.clear_trace();
+  fresh.form.WriteButton_Click();
+  EXPECT_EQ(rig.sent(), fresh.sent());
 }
 
 }  // namespace
@@ -327,6 +355,11 @@ TEST(SafeErase, CalibratedChipsKeepTheirCalibrationAndTheWrongChipIsRefused) {
       std::vector<Packet> brackets;
       for (const Packet& p : rig.sent()) {
         if (p[0] == 0x3A || p[0] == 0x31 || p[0] == 0x32) brackets.push_back(p);
+        // The written-back words get the identification's settling pause
+        // before their read-back.
+        if (p[0] == 0x38) {
+          EXPECT_EQ(p, (Packet{0x38, 0x0A}));
+        }
       }
       EXPECT_EQ(brackets, expected);
     }

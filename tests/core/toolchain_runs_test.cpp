@@ -22,7 +22,8 @@ constexpr const char* kHex = ":0400000001280800CB\n:00000001FF\n";  // goto 1; n
 // A panel with a source in a temporary folder, recording every text the
 // TEST box shows, in order.
 struct Runs {
-  explicit Runs(const std::string& source_name) : source(dir.file(source_name)) {
+  explicit Runs(const std::string& source_name, bool exact = true)
+      : rig("16F877A", 1, exact), source(dir.file(source_name)) {
     rig.host.folder = dir.path().string();
     rig.tools = {"/opt/gputils", "gpasm -k", "/opt/cc", "cc -Ecerr.txt", "", ""};
     rig.form.view().FilenameTextbox = source;
@@ -43,7 +44,7 @@ struct Runs {
   std::vector<std::string> box_texts() const { return rig.box_texts(); }
 
   TempDir dir;
-  PanelRig rig{"16F877A", 1};
+  PanelRig rig;
   std::string source;
   std::vector<std::string> tests;
 };
@@ -329,6 +330,33 @@ TEST(ToolRuns, SecondRunWhileOneWorksOnlyBeeps) {
   EXPECT_EQ(r.rig.host.tool_starts.size(), 1u);
 }
 
+// Checked, a tool runs in its source's folder and leaves its files there;
+// exact, in the panel's folder, where the compiler's cerr.txt is then read.
+TEST(ToolRuns, ToolsRunInTheSourcesFolderUnlessExact) {
+  for (const bool exact : {false, true}) {
+    SCOPED_TRACE(exact ? "exact" : "checked");
+    Runs r("src/main.c", exact);
+    std::filesystem::create_directory(r.dir.file("src"));
+    const std::string folder = exact ? "" : r.dir.file("src");
+    r.rig.host.tool->on_end = [&] {
+      write_text(r.dir.file(exact ? "cerr.txt" : "src/cerr.txt"), "main.c:1: error\n");
+    };
+    r.rig.form.C_Button_Click();
+    r.tick_until_done();
+    ASSERT_EQ(r.rig.host.tool_starts.size(), 1u);
+    EXPECT_EQ(r.rig.host.tool_starts[0].folder, folder);
+    EXPECT_EQ(r.rig.form.view().NotesLabel, "Compile ERROR");
+    EXPECT_EQ(r.rig.form.toolchain().error_view_text(), "main.c:1: error\r\n");
+  }
+  // A relative path reaches a tool in the source's folder as a whole path.
+  Runs r("x.c", false);
+  r.rig.form.view().FilenameTextbox = "sub/main.c";
+  r.rig.form.C_Button_Click();
+  ASSERT_EQ(r.rig.host.tool_starts.size(), 1u);
+  EXPECT_EQ(r.rig.host.tool_starts[0].folder, r.dir.file("sub"));
+  EXPECT_EQ(r.rig.host.tool_starts[0].argument, r.dir.file("sub/main.c"));
+}
+
 TEST(ToolRuns, LeftoverCompilerMessagesFromAnEarlierRunAreIgnored) {
   namespace fs = std::filesystem;
   Runs r("main.c");
@@ -438,6 +466,7 @@ TEST(Editors, BuiltInEditorLoadsAndSavesWithOneLineBreakMore) {
   Toolchain& tools = r.rig.form.toolchain();
   const std::string loaded = tools.load_editor();
   EXPECT_EQ(loaded, "A\r\nB\r\n");
+  EXPECT_EQ(tools.editor_title(), "Editor");
   // The text box holds LF line ends.
   ASSERT_TRUE(tools.save_editor("A\nB\n"));
   EXPECT_EQ(read_text(r.source), "A\r\nB\r\n\r\n");
@@ -463,6 +492,48 @@ TEST(Editors, BuiltInEditorLoadsAndSavesWithOneLineBreakMore) {
   EXPECT_FALSE(tools.save_editor("Y\n"));
   EXPECT_EQ(r.box_texts(), std::vector<std::string>{"File Error"});
   EXPECT_EQ(r.rig.host.boxes[0].title, "FILE ERROR");
+}
+
+// Checked, the editor keeps the file's own layout and saves to the file it
+// loaded, whatever the file name box holds by then; exact, the box decides.
+TEST(Editors, CheckedEditorSavesTheFileItLoadedAsItWasLaidOut) {
+  const struct {
+    const char* name;
+    bool exact;
+    std::string file, loads, edited, saves;
+  } cases[] = {
+      {"LF, no last line end", false, "A\nB", "A\nB", "A\nC", "A\nC"},
+      {"LF", false, "A\nB\n", "A\nB\n", "A\nC\n", "A\nC\n"},
+      {"CR LF", false, "A\r\nB\r\n", "A\r\nB\r\n", "A\nC\n", "A\r\nC\r\n"},
+      {"exact", true, "A\nB", "A\r\nB\r\n", "A\nC\n", "A\r\nC\r\n\r\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Runs r("a.asm", c.exact);
+    write_text(r.source, c.file);
+    const std::string hex = r.dir.file("b.hex");
+    write_text(hex, kHex);
+    Toolchain& tools = r.rig.form.toolchain();
+    EXPECT_EQ(tools.load_editor(), c.loads);
+    EXPECT_EQ(tools.editor_title(), c.exact ? "Editor" : "Editor - a.asm");
+    // A HEX file chosen while the editor is open.
+    r.rig.form.open_file(hex);
+    ASSERT_TRUE(tools.save_editor(c.edited));
+    EXPECT_EQ(read_text(c.exact ? hex : r.source), c.saves);
+    EXPECT_EQ(read_text(c.exact ? r.source : hex), c.exact ? c.file : kHex);
+  }
+  // A new file has no name until the save asks for one.
+  Runs r("a.asm", false);
+  r.rig.form.New_EditorButton_Click();
+  Toolchain& tools = r.rig.form.toolchain();
+  EXPECT_EQ(tools.load_editor(), "");
+  EXPECT_EQ(tools.editor_title(), "Editor - new file");
+  r.rig.form.view().FilenameTextbox = r.source;
+  r.rig.host.save_answers.push_back(r.dir.file("new.asm"));
+  EXPECT_TRUE(tools.save_editor("N\n"));
+  EXPECT_EQ(read_text(r.dir.file("new.asm")), "N\n");
+  EXPECT_FALSE(std::filesystem::exists(r.source));
+  EXPECT_EQ(tools.editor_title(), "Editor - new.asm");
 }
 
 TEST(Editors, MessageLineOpensTheEditorAtItsLineUnlessAnotherFileIsOpen) {
@@ -493,6 +564,39 @@ TEST(Editors, MessageLineOpensTheEditorAtItsLineUnlessAnotherFileIsOpen) {
   EXPECT_EQ(told, 0);
   EXPECT_EQ(r.rig.host.beeps, 1);
   EXPECT_EQ(r.rig.form.view().FilenameTextbox, r.source);
+}
+
+// A message in a file the source includes opens that file; checked, the
+// source stays the target, so the next run assembles it again.
+TEST(Editors, MessageInAnIncludedFileLeavesTheTargetUnlessExact) {
+  for (const bool exact : {false, true}) {
+    SCOPED_TRACE(exact ? "exact" : "checked");
+    Runs r("bad.asm", exact);
+    write_text(r.source, "\tinclude defs.inc\n");
+    const std::string include = r.dir.file("defs.inc");
+    write_text(include, "x\ny\n");
+    r.rig.state.TargetFileName = r.source;
+    Toolchain& tools = r.rig.form.toolchain();
+    EXPECT_TRUE(tools.ErrText_DblClick("Error[113]   defs.inc 2 : Symbol not previously defined"));
+    EXPECT_EQ(r.rig.form.view().FilenameTextbox, exact ? include : r.source);
+    EXPECT_EQ(r.rig.state.TargetFileName, exact ? include : r.source);
+    EXPECT_EQ(tools.load_editor(), exact ? "x\r\ny\r\n" : "x\ny\n");
+    EXPECT_EQ(tools.take_editor_line(), 2);
+    ASSERT_TRUE(tools.save_editor("x\nY\n"));
+    EXPECT_EQ(read_text(include), exact ? "x\r\nY\r\n\r\n" : "x\nY\n");
+    EXPECT_EQ(read_text(r.source), "\tinclude defs.inc\n");
+    if (exact) continue;
+    EXPECT_EQ(tools.editor_title(), "Editor - defs.inc");
+    // A request the editor never took does not outlive the Editor button.
+    tools.editor_closed();
+    r.rig.host.visible.clear();
+    tools.ErrText_DblClick("Error[113]   defs.inc 1 : x");
+    r.rig.form.EditorButton_Click();
+    EXPECT_EQ(tools.load_editor(), "\tinclude defs.inc\n");
+    r.rig.form.ASSMButton_Click();
+    ASSERT_EQ(r.rig.host.tool_starts.size(), 1u);
+    EXPECT_EQ(r.rig.host.tool_starts[0].argument, r.source);
+  }
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Names, command lines, message lines, window geometry and the editor's
 // files: the text work of the tool runs and editors.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 
@@ -192,6 +193,29 @@ TEST(AtomicFile, ReplacesTheTargetKeepingItsPermissionsOrLeavesItAlone) {
   int entries = 0;
   for ([[maybe_unused]] const auto& entry : fs::directory_iterator(dir.path())) ++entries;
   EXPECT_EQ(entries, 2);
+
+  // What runs killed before their rename left: the next write of the same
+  // target removes its own kind, and only those of ended processes.
+  const std::string dead = std::to_string(900000001);  // beyond any process number
+  const std::string alive = std::to_string(::getppid());
+  const std::string own = std::to_string(::getpid());  // a write of this process's own
+  const struct {
+    std::string name;
+    bool removed;
+  } leftovers[] = {
+      {"src.asm.part", true},
+      {"src.asm.zenta-" + dead + "-10.tmp", true},
+      {"src.asm.zenta-" + alive + "-1.tmp", false},
+      {"src.asm.zenta-" + own + "-1.tmp", false},
+      {"src.asm.zenta-" + dead + "-x.tmp", false},
+      {"src.asm.bak", false},
+      {"link.asm.part", false},
+  };
+  for (const auto& leftover : leftovers) write_text(dir.file(leftover.name), "half");
+  ASSERT_TRUE(write_file_atomically(target, "again"));
+  for (const auto& leftover : leftovers) {
+    EXPECT_EQ(fs::exists(dir.file(leftover.name)), !leftover.removed) << leftover.name;
+  }
 }
 
 }  // namespace

@@ -112,6 +112,19 @@ TEST(DriverResultText, TableAndCodesOutsideIt) {
   // Outside the table: still a failure text, never an index past the table.
   EXPECT_EQ(driver_result_text(-9), "NG(-9)");
   EXPECT_EQ(driver_result_text(3), "NG(3)");
+  // Beside each Japanese text, its English reason.
+  const std::pair<int, const char*> reasons[] = {
+      {0, "success"},
+      {-1, "the driver is already open"},
+      {-2, "the driver could not be opened"},
+      {-3, "the driver is not open"},
+      {-4, "a write error"},
+      {-5, "a read error"},
+      {-6, "a test error"},
+      {-7, "open error -7"},
+      {3, "open error 3"},
+  };
+  for (const auto& [result, reason] : reasons) EXPECT_EQ(driver_result_reason(result), reason);
 }
 
 TEST_F(LinkFixture, OpenShowsTheDriverVerdict) {

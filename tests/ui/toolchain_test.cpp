@@ -187,6 +187,34 @@ TEST(Toolchain, CompilerStandInsAreWaitedForAndGetThePathAsOneArgument) {
   }
 }
 
+// Checked, the editor names its file and saves back to it after a HEX file
+// was chosen; exact, SAVE writes the file name box's file, as documented.
+TEST(Toolchain, EditorSavesTheFileItLoadedAndNamesItInItsTitle) {
+  for (const bool exact : {false, true}) {
+    SCOPED_TRACE(exact ? "exact" : "checked");
+    PanelRig rig;
+    rig.form->Exact_Click(exact);
+    TempDir dir;
+    const std::string source = dir.file("a.asm");
+    const std::string hex = dir.file("b.hex");
+    write_text(source, "\tnop\n");
+    write_text(hex, ":020000000000FE\n:00000001FF\n");
+    rig.open_answers.push_back(source);
+    rig.click("F_OpenButton");
+    rig.click("EditorButton");
+    auto* editor = rig.find<QWidget>("ZENTA_Editor");
+    ASSERT_NE(editor, nullptr);
+    EXPECT_EQ(editor->windowTitle(), exact ? "Editor" : "Editor - a.asm");
+    rig.find<QPlainTextEdit>("EditorText")->setPlainText("\tclrw\n");
+    rig.open_answers.push_back(hex);
+    rig.click("F_OpenButton");
+    editor->findChild<QPushButton*>("SAVEButton")->click();
+    EXPECT_EQ(read_text(source), exact ? "\tnop\n" : "\tclrw\n");
+    EXPECT_EQ(read_text(hex), exact ? "\tclrw\r\n\r\n" : ":020000000000FE\n:00000001FF\n");
+    EXPECT_EQ(rig.boxes, std::vector<std::string>{});
+  }
+}
+
 TEST(Toolchain, ToolKeysButtonsAndOneWindowOfEachKind) {
   PanelRig rig;
   for (const auto& [name, key] :

@@ -8,6 +8,9 @@ namespace zenta::cli {
 
 namespace {
 
+// The volt meter's divider factor: above 0 and at most this.
+constexpr float kMostAttenuation = 1000.0f;
+
 struct CommandInfo {
   const char* name;
   Command command;
@@ -100,7 +103,10 @@ std::string apply_local(Options& options, const std::string& option, const std::
   if (option == "--att") {
     char* rest = nullptr;
     const float att = std::strtof(value.c_str(), &rest);
-    if (*rest != '\0' || !(att > 0)) return "--att takes a positive number, not '" + value + "'";
+    // A divider's factor: finite and of a size a divider can have.
+    if (*rest != '\0' || !(att > 0 && att <= kMostAttenuation)) {
+      return "--att takes a positive number up to 1000, not '" + value + "'";
+    }
     options.att = att;
     return "";
   }

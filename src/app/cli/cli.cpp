@@ -1,6 +1,10 @@
 #include "cli/cli.h"
 
+#include <cerrno>
 #include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -32,6 +36,40 @@
 namespace zenta::cli {
 
 namespace {
+
+std::string errno_text() {
+  return errno != 0 ? std::strerror(errno) : "a write error";
+}
+
+// Standard output that keeps the reason of its first failed write: the
+// failure shows when the data leave the program, long before its end.
+class StandardOutput : public std::streambuf {
+ public:
+  int error = 0;
+
+ protected:
+  int_type overflow(int_type c) override {
+    if (traits_type::eq_int_type(c, traits_type::eof())) return sync() == 0 ? 0 : c;
+    const char ch = traits_type::to_char_type(c);
+    return xsputn(&ch, 1) == 1 ? c : traits_type::eof();
+  }
+  std::streamsize xsputn(const char* text, std::streamsize count) override {
+    const auto size = static_cast<std::size_t>(count);
+    if (std::fwrite(text, 1, size, stdout) == size) return count;
+    remember();
+    return 0;
+  }
+  int sync() override {
+    if (std::fflush(stdout) == 0) return 0;
+    remember();
+    return -1;
+  }
+
+ private:
+  void remember() {
+    if (error == 0) error = errno != 0 ? errno : EIO;
+  }
+};
 
 int usage_error(std::ostream& err, const std::string& message) {
   err << "zenta: " << message << "\nTry 'zenta --help'.\n";
@@ -217,10 +255,12 @@ int run_unit(const Options& options, DriverChoice& choice, const std::string& na
       return usage_error(err, "--sim-memory goes only with a simulated unit (--unit sim...)");
     }
     std::error_code ignored;
-    if (std::filesystem::exists(options.sim_memory, ignored) && !sim->load(options.sim_memory)) {
-      return fail_early("cannot load the simulated chip from '" + options.sim_memory +
-                            "': not a memory file, or one of another chip",
-                        kExitFailed);
+    std::string reason;
+    if (std::filesystem::exists(options.sim_memory, ignored) &&
+        !sim->load(options.sim_memory, &reason)) {
+      return fail_early(
+          "cannot load the simulated chip from '" + options.sim_memory + "': " + reason,
+          kExitFailed);
     }
   }
 
@@ -247,14 +287,15 @@ int run_unit(const Options& options, DriverChoice& choice, const std::string& na
   // The panel's start-up opens the unit the same way; the rest of it
   // (supply on, LED off, stored device) is the panel's idle state, not a
   // command's. The panel's stored settings are never touched.
-  if (unit.open() != kDriverOk) {
+  if (const std::int32_t opened = unit.open(); opened != kDriverOk) {
     // The driver tells absent, busy and not permitted apart; without its
     // word the general advice stands.
     std::string hint = unit.link().open_failure_hint();
     if (hint.empty()) {
       hint = "Plug the unit in and check that you may use it (permissions, udev rules).";
     }
-    return fail_early("Unit not Found (" + unit.link().USBMSG() + ")\n" + hint +
+    return fail_early("Unit not Found (" + unit.link().USBMSG() + ": " +
+                          driver_result_reason(opened) + ")\n" + hint +
                           "\nOr use --unit sim for the simulated unit.",
                       kExitNoUnit);
   }
@@ -271,6 +312,14 @@ int run_unit(const Options& options, DriverChoice& choice, const std::string& na
   if (const auto failures = unit.link().failures(); failures != 0 && record.ok()) {
     record.fail(std::to_string(failures) + " exchange" + (failures == 1 ? "" : "s") +
                 " with the unit failed");
+  }
+  if (trace_file.is_open()) {
+    // A full disk shows only when the buffered lines go out.
+    errno = 0;
+    trace_file.close();
+    if (trace_file.fail() && record.ok()) {
+      record.fail("cannot write the trace file '" + options.trace_file + "': " + errno_text());
+    }
   }
   if (sim != nullptr && !options.sim_memory.empty() && !sim->save(options.sim_memory) &&
       record.ok()) {
@@ -348,7 +397,22 @@ int main(int argc, char** argv) {
   const ParseResult parsed = parse_arguments(args);
   if (!parsed.ok()) return usage_error(std::cerr, parsed.error);
   install_interrupt_handlers();
-  return run(parsed.options, std::cout, std::cerr, ZENTA_ISATTY(2) != 0);
+#ifndef _WIN32
+  // A reader that went away is a write error to report, not a silent end.
+  std::signal(SIGPIPE, SIG_IGN);
+#endif
+  StandardOutput output;
+  std::ostream out(&output);
+  int status = run(parsed.options, out, std::cerr, ZENTA_ISATTY(2) != 0);
+  // What went to standard output must have arrived: a full disk or a closed
+  // pipe fails the run.
+  out.flush();
+  if (output.error != 0 || !out) {
+    std::cerr << "zenta: cannot write the standard output: "
+              << std::strerror(output.error != 0 ? output.error : EIO) << '\n';
+    if (status == kExitOk) status = kExitFailed;
+  }
+  return status;
 }
 
 }  // namespace zenta::cli

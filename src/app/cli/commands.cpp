@@ -88,12 +88,26 @@ std::int16_t last_box(const ProgrammerState& state, int value) {
   return static_cast<std::int16_t>(value > state.ProgramSize ? state.ProgramSize : value);
 }
 
+// The memory a file is checked against: that of the chip the command names
+// (--device 16F628A, or the chip --device auto found), else the entry's.
+HexChipSpace file_space(const Session& s) {
+  HexChipSpace space{s.state.ProgramSize, static_cast<int>(s.state.EepromLastAddress) + 1,
+                     std::string(device_record(s.device).caption) + " entry"};
+  const std::string& named = s.options.device == "auto" ? s.record.chip : s.options.device;
+  if (!find_device(named)) {
+    if (const auto chip = chip_by_name(named)) {
+      space.program_words = std::min(space.program_words, chip->program_words);
+      space.name = chip->name;
+    }
+  }
+  return space;
+}
+
 // Checksums, record types, addresses inside the device: a damaged or wrong
 // file is refused, naming its lines, before the unit is touched.
 bool file_checks_out(Session& s, const std::string& text) {
   const std::string& path = s.options.hex_file;
-  const HexCheck check =
-      check_hex_text(text, {s.state.ProgramSize, static_cast<int>(s.state.EepromLastAddress) + 1});
+  const HexCheck check = check_hex_text(text, file_space(s));
   std::string reasons;
   int errors = 0;
   for (const HexFinding& finding : check.findings) {

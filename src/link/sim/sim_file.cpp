@@ -12,12 +12,10 @@
 //
 // A file that lacks any of these lines, has them out of order, holds a value
 // too wide for its cell, or names another chip is refused as a whole.
-#include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <system_error>
 
+#include "common/atomic_file.h"
 #include "common/number_text.h"
 #include "link/sim/sim_internal.h"
 
@@ -102,32 +100,29 @@ std::string SimUnit::memory_text() const {
 // chip behind: the text goes to a file beside the target, which is renamed
 // over it only once it is whole.
 bool SimUnit::save(const std::string& path) const {
-  const std::string temporary = path + ".part";
-  {
-    std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-    if (!out) return false;
-    out << memory_text();
-    out.close();
-    if (!out) {
-      std::remove(temporary.c_str());
-      return false;
-    }
-  }
-  std::error_code error;
-  std::filesystem::rename(temporary, path, error);
-  if (error) {
-    std::remove(temporary.c_str());
-    return false;
-  }
-  return true;
+  return write_file_atomically(path, memory_text());
 }
 
-bool SimUnit::load(const std::string& path) {
+bool SimUnit::load(const std::string& path, std::string* reason) {
+  const auto refuse = [&](const std::string& why) {
+    if (reason != nullptr) *reason = why;
+    return false;
+  };
   std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  std::ostringstream text;
-  text << in.rdbuf();
-  return !in.bad() && load_text(text.str());
+  if (!in) return refuse("it cannot be opened");
+  // A memory file has a known size; a device or a huge file is not read
+  // without end. Twice the written size leaves room for CR LF line ends
+  // and blanks added by hand.
+  const std::size_t most = 2 * memory_text().size();
+  std::string text(most + 1, '\0');
+  in.read(text.data(), static_cast<std::streamsize>(text.size()));
+  if (in.bad()) return refuse("a read error");
+  text.resize(static_cast<std::size_t>(in.gcount()));
+  if (text.size() > most) {
+    return refuse("larger than a memory file of the " + impl_->model.name + " can be (" +
+                  std::to_string(most) + " bytes)");
+  }
+  return load_text(text) || refuse("not a memory file, or one of another chip");
 }
 
 bool SimUnit::load_text(const std::string& text) {

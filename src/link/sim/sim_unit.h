@@ -111,7 +111,9 @@ class SimUnit : public UnitDriver {
   // Written to a temporary file beside `path` and renamed over it, so a
   // failed save leaves the earlier file whole. False when it cannot be written.
   bool save(const std::string& path) const;
-  bool load(const std::string& path);  // false when missing or malformed
+  // False when missing, malformed or too large to be a memory file of this
+  // chip; `reason` (when given) says which.
+  bool load(const std::string& path, std::string* reason = nullptr);
   // The memory file as text, and the chip read back from such text.
   std::string memory_text() const;
   bool load_text(const std::string& text);

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QPainter>
 #include <QPixmap>
 #include <QTemporaryDir>
 #include <QThread>
@@ -28,6 +29,26 @@ bool save(QWidget* window, const QString& path) {
   settle();
   if (!window) return false;
   const bool saved = window->grab().save(path);
+  std::cerr << (saved ? "saved " : "could not save ") << path.toStdString() << '\n';
+  return saved;
+}
+
+// The window with its title above it, as its frame would show it: a grab
+// holds the client area only.
+bool save_with_title(QWidget* window, const QString& path) {
+  settle();
+  if (!window) return false;
+  const QPixmap client = window->grab();
+  constexpr int kBar = 24;
+  QPixmap picture(client.width(), client.height() + kBar);
+  picture.fill(window->palette().color(QPalette::Window).darker(120));
+  QPainter painter(&picture);
+  painter.setPen(window->palette().color(QPalette::WindowText));
+  painter.drawText(QRect(8, 0, client.width() - 16, kBar), Qt::AlignVCenter | Qt::AlignLeft,
+                   window->windowTitle());
+  painter.drawPixmap(0, kBar, client);
+  painter.end();
+  const bool saved = picture.save(path);
   std::cerr << (saved ? "saved " : "could not save ") << path.toStdString() << '\n';
   return saved;
 }
@@ -162,7 +183,7 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   for (int ticks = 0; form.toolchain().running() && ticks < 600; ++ticks) settle();
   ok &= save(host.windows().find(WindowId::kErrorView), folder + "/errview.png");
   main.run([&form] { form.EditorButton_Click(); });
-  ok &= save(host.windows().find(WindowId::kEditor), folder + "/editor.png");
+  ok &= save_with_title(host.windows().find(WindowId::kEditor), folder + "/editor.png");
 
   main.close();
   return ok;

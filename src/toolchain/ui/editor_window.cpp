@@ -18,7 +18,6 @@ constexpr int kHeightTwips = 8430;
 EditorWindow::EditorWindow(Toolchain& toolchain, QWidget* parent)
     : QWidget(parent, Qt::Window), toolchain_(toolchain) {
   setObjectName("ZENTA_Editor");
-  setWindowTitle("Editor");
   editor_text_ = new QPlainTextEdit(this);
   editor_text_->setObjectName("EditorText");
   editor_text_->setLineWrapMode(QPlainTextEdit::NoWrap);
@@ -27,13 +26,17 @@ EditorWindow::EditorWindow(Toolchain& toolchain, QWidget* parent)
   editor_text_->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   save_button_ = make_button(this, "SAVEButton", "SAVE", "Save to File", {0, 0, 64, 28});
   exit_button_ = make_button(this, "EXITButton", "EXIT", "Exit program", {0, 0, 64, 28});
-  connect(save_button_, &QPushButton::clicked, this,
-          [this] { toolchain_.save_editor(editor_text_->toPlainText().toStdString()); });
+  connect(save_button_, &QPushButton::clicked, this, [this] {
+    toolchain_.save_editor(editor_text_->toPlainText().toStdString());
+    // A save under a new name renames the window.
+    setWindowTitle(QString::fromStdString(toolchain_.editor_title()));
+  });
   // No question on the way out: the editor keeps no unsaved-changes flag.
   connect(exit_button_, &QPushButton::clicked, this, &QWidget::close);
 
   editor_text_->setPlainText(
       QString::fromStdString(toolchain_.load_editor()).replace("\r\n", "\n"));
+  setWindowTitle(QString::fromStdString(toolchain_.editor_title()));
   toolchain_.on_editor_line = [this](int line) { go_to_line(line); };
   go_to_line(toolchain_.take_editor_line());
   resize(px(kWidthTwips), px(kHeightTwips));
