@@ -1,8 +1,11 @@
 #include "cli/args.h"
 
-#include "common/number_text.h"
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <memory>
+#include <stdexcept>
 
-#include <cstdlib>
+#include "common/number_text.h"
 
 namespace zenta::cli {
 
@@ -11,130 +14,328 @@ namespace {
 // The volt meter's divider factor: above 0 and at most this.
 constexpr float kMostAttenuation = 1000.0f;
 
+// Bad usage found while reading a value; its text is the whole reason.
+struct Usage : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// --version: the program's version, whatever else the line holds.
+struct ProgramVersionAsked {};
+
 struct CommandInfo {
   const char* name;
   Command command;
-  int operands;  // after the command name
-  const char* operand_error;
+  const char* help;
+  const char* operand_error;  // when its operand is missing
 };
 
 constexpr CommandInfo kCommands[] = {
-    {"help", Command::kHelp, 0, ""},
-    {"version", Command::kVersion, 0, ""},
-    {"id", Command::kId, 0, ""},
-    {"erase", Command::kErase, 0, ""},
-    {"write", Command::kWrite, 1, "'write' needs a HEX file"},
-    {"verify", Command::kVerify, 1, "'verify' needs a HEX file"},
-    {"read", Command::kRead, 0, ""},
-    {"read-eeprom", Command::kReadEeprom, 0, ""},
-    {"units", Command::kUnits, 0, ""},
-    {"udev-rule", Command::kUdevRule, 0, ""},
-    {"capture", Command::kCapture, 0, ""},
-    {"volts", Command::kVolts, 0, ""},
-    {"freq", Command::kFreq, 0, ""},
-    {"count", Command::kCount, 1, "'count' needs clear, start, stop or read"},
+    {"help", Command::kHelp, "print this text", ""},
+    {"version", Command::kVersion, "print the unit's firmware identification", ""},
+    {"id", Command::kId, "read and name the device ID (\"Device=16F877A (E27)\")", ""},
+    {"erase", Command::kErase, "chip erase, as the panel's ERASE button", ""},
+    {"write", Command::kWrite,
+     "load, erase, write, verify, write the configuration word, as the panel's WRITE button",
+     "'write' needs a HEX file"},
+    {"verify", Command::kVerify,
+     "compare every word through the file's last program word (or --last), then its "
+     "configuration word",
+     "'verify' needs a HEX file"},
+    {"read", Command::kRead,
+     "read program memory; print a hex table, or save program memory, configuration word and "
+     "EEPROM as INHX8M",
+     ""},
+    {"read-eeprom", Command::kReadEeprom,
+     "read the data EEPROM; print a hex table or save INHX8M (byte i at byte address 4200 + 2i, "
+     "as gputils puts it)",
+     ""},
+    {"units", Command::kUnits, "list the units plugged in on USB", ""},
+    {"udev-rule", Command::kUdevRule,
+     "print the udev rule that lets a user open the unit (for "
+     "/etc/udev/rules.d/60-zenta.rules; ZENTA_USB_ID applies)",
+     ""},
+    {"capture", Command::kCapture, "480 logic samples, one every N x 0.1 ms", ""},
+    {"volts", Command::kVolts, "one A/D reading (default vin, attenuation 4.4)", ""},
+    {"freq", Command::kFreq, "the frequency on the logic input", ""},
+    {"count", Command::kCount, "the event counter", "'count' needs clear, start, stop or read"},
 };
 
-const CommandInfo* find_command(const std::string& name) {
+const CommandInfo& info_of(Command command) {
   for (const CommandInfo& info : kCommands) {
-    if (name == info.name) return &info;
+    if (info.command == command) return info;
   }
-  return nullptr;
+  return kCommands[0];
 }
 
-bool is_global(const std::string& option) {
-  return option == "--unit" || option == "--device" || option == "--trace" ||
-         option == "--sim-memory";
+constexpr const char* kFooter = R"TEXT(Global options may stand before or after the command.
+The outcome line goes to standard output on success; a failure prints why on
+standard error instead. Ctrl-C ends a command as a failure does.
+Exit status: 0 success; 1 the operation failed (a check refused, verify mismatch,
+configuration read-back, bad file, failed exchanges, interrupted); 2 bad usage;
+3 no unit.)TEXT";
+
+// The index of `text` among `words`; the reason otherwise.
+std::size_t one_of(const std::string& text, std::initializer_list<const char*> words,
+                   const std::string& reason) {
+  std::size_t index = 0;
+  for (const char* word : words) {
+    if (text == word) return index;
+    ++index;
+  }
+  throw Usage(reason + ", not '" + text + "'");
 }
 
-// Options that belong to a command, and the commands they go with.
-bool allows(Command command, const std::string& option) {
-  if (option == "--config") return command == Command::kWrite;
-  if (option == "--last") {
-    return command == Command::kWrite || command == Command::kVerify || command == Command::kRead;
-  }
-  if (option == "-o") {
-    return command == Command::kRead || command == Command::kReadEeprom ||
-           command == Command::kCapture;
-  }
-  if (option == "--period" || option == "--edge") return command == Command::kCapture;
-  if (option == "--channel" || option == "--att") return command == Command::kVolts;
-  if (option == "--gate") return command == Command::kFreq;
-  return false;
+std::uint16_t hex_value(const std::string& option, const std::string& text) {
+  const auto word = parse_hex_word(text);
+  if (!word)
+    throw Usage("option '" + option + "' takes 1 to 4 hexadecimal digits, not '" + text + "'");
+  return *word;
 }
 
-bool is_local(const std::string& option) {
-  for (const CommandInfo& info : kCommands) {
-    if (allows(info.command, option)) return true;
-  }
-  return false;
-}
+// The whole command line as CLI11 declarations: each option once, with its
+// type, its help and the reader that checks and stores its value.
+class Parser {
+ public:
+  explicit Parser(Options& options) : options_(options) {
+    app_.description("Programs flash PIC16/PIC12 chips with the ZENTA USB programmer unit.");
+    app_.footer(kFooter);
+    app_.fallthrough();  // the global options also after the command
+    app_.require_subcommand(0, 1);
+    app_.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    formatter_->column_width(28);
+    formatter_->label("REQUIRED", "");
+    formatter_->label("SUBCOMMAND", "COMMAND");
+    app_.formatter(formatter_);
+    app_.set_help_flag("-h,--help", "print this text");
+    app_.add_flag_callback(
+        "--version", [] { throw ProgramVersionAsked{}; }, "print the program's version");
 
-// The value of one command option into the options; the error otherwise.
-std::string apply_local(Options& options, const std::string& option, const std::string& value) {
-  if (option == "-o") {
-    options.output_file = value;
-    return "";
-  }
-  if (option == "--period") {
-    char* rest = nullptr;
-    const long period = std::strtol(value.c_str(), &rest, 10);
-    if (*rest != '\0' || period < 0 || period > 100) {
-      return "--period takes a sample period of 0 to 100 (x 0.1 ms), not '" + value + "'";
+    value(app_, "--unit", "UNIT",
+          "usb (the default), usb:SERIAL, sim (a simulated 16F877A),\n"
+          "sim:CHIP[,freq=HZ][,latency=1ms] (sim:none: an empty socket);\n"
+          "default ZENTA_UNIT. Given more than once: each unit in parallel,\n"
+          "one result line per unit prefixed with its name",
+          [this](const std::string& unit) { options_.units.push_back(unit); })
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    value(app_, "--device", "NAME|INDEX|CHIP|auto",
+          "device entry by caption (16F87x, 16F87xA, 16F84, 16F84A,\n"
+          "16F62x, 16F62xA, 12F629/675, 16F818/819), index 0 to 7,\n"
+          "chip (16F628A, PIC16F628A) or auto (from the chip's ID);\n"
+          "default 16F87xA",
+          [this](const std::string& device) { options_.device = device; });
+    value(app_, "--trace", "FILE", "write one line per exchange with the unit to FILE",
+          [this](const std::string& file) { options_.trace_file = file; });
+    value(app_, "--sim-memory", "FILE", "keep the simulated chip's memories in FILE across runs",
+          [this](const std::string& file) { options_.sim_memory = file; });
+    flag("--exact", "the documented packet sequences only, without the checks", options_.exact);
+    flag("--json", "print one JSON object per command instead of text", options_.json);
+    flag("-q,--quiet", "no progress and no outcome line, unless it is the answer", quiet_);
+    flag("-v,--verbose", "each step of the operation and the exchange count", verbose_);
+
+    for (const CommandInfo& info : kCommands) {
+      CLI::App* sub = app_.add_subcommand(info.name, info.help);
+      sub->set_help_flag("-h,--help", "print this command's help");
+      sub->footer("");
+      sub->group("Commands");
+      commands_.push_back(sub);
+      if (info.command == Command::kHelp) sub->group("");  // the same as --help
+      add_command_options(info.command, *sub);
     }
-    options.period = static_cast<int>(period);
-    return "";
   }
-  if (option == "--edge") {
-    if (value != "pos" && value != "neg") return "--edge takes pos or neg, not '" + value + "'";
-    options.positive_edge = value == "pos";
-    return "";
+
+  CLI::App& app() { return app_; }
+  const CLI::Formatter& formatter() const { return *formatter_; }
+
+  Command command() const {
+    for (std::size_t i = 0; i < commands_.size(); ++i) {
+      if (commands_[i]->parsed()) return kCommands[i].command;
+    }
+    return Command::kNone;
   }
-  if (option == "--channel") {
-    const char* names[] = {"vpp", "sab", "vin"};
-    for (int i = 0; i < 3; ++i) {
-      if (value == names[i]) {
-        options.channel = i;
-        return "";
+
+  CLI::App* sub(Command command) {
+    for (std::size_t i = 0; i < commands_.size(); ++i) {
+      if (kCommands[i].command == command) return commands_[i];
+    }
+    return nullptr;
+  }
+
+  bool quiet() const { return quiet_; }
+  bool verbose() const { return verbose_; }
+
+ private:
+  // An option with one value; `read` stores it or throws why it is bad.
+  static CLI::Option* value(CLI::App& app, const std::string& name, const char* type,
+                            const char* help, std::function<void(const std::string&)> read) {
+    return app.add_option(name)->description(help)->type_name(type)->each(
+        [name, read](const std::string& text) {
+          if (text.empty()) throw Usage("option '" + name + "' needs a value");
+          read(text);
+        });
+  }
+
+  void flag(const std::string& names, const char* help, bool& to) {
+    app_.add_flag(names, to, help);
+  }
+
+  void output_option(CLI::App& sub, const char* type, const char* help, bool capture) {
+    value(sub, "-o", type, help, [this, capture](const std::string& file) {
+      if (capture && !file.ends_with(".vcd") && !file.ends_with(".csv")) {
+        throw Usage("capture -o writes FILE.vcd or FILE.csv, not '" + file + "'");
       }
+      options_.output_file = file;
+    });
+  }
+
+  void last_option(CLI::App& sub) {
+    value(sub, "--last", "HHHH", "last address, as typed into the panel's LAST box",
+          [this](const std::string& text) { options_.last = hex_value("--last", text); });
+  }
+
+  void hex_operand(CLI::App& sub) {
+    sub.add_option("FILE.hex", options_.hex_file, "the INHX8M image")->type_name("")->required();
+  }
+
+  void add_command_options(Command command, CLI::App& sub) {
+    constexpr const char* kSaved =
+        "save what was read instead of printing it; written only when the whole read succeeded";
+    switch (command) {
+      case Command::kWrite:
+        hex_operand(sub);
+        value(sub, "--config", "HHHH",
+              "configuration word to write; else the file's word 2007, else the device's "
+              "default",
+              [this](const std::string& text) {
+                const std::uint16_t word = hex_value("--config", text);
+                if (word > 0x3FFF) {
+                  throw Usage("the configuration word has 14 bits (0 to 3FFF), not '" + text + "'");
+                }
+                options_.config = word;
+              });
+        last_option(sub);
+        break;
+      case Command::kVerify:
+        hex_operand(sub);
+        last_option(sub);
+        break;
+      case Command::kRead:
+        output_option(sub, "FILE.hex", kSaved, false);
+        last_option(sub);
+        break;
+      case Command::kReadEeprom:
+        output_option(sub, "FILE.hex", kSaved, false);
+        break;
+      case Command::kCapture:
+        value(sub, "--period", "N", "sample period, 0 to 100 (x 0.1 ms); default 1",
+              [this](const std::string& text) {
+                char* rest = nullptr;
+                const long period = std::strtol(text.c_str(), &rest, 10);
+                if (*rest != '\0' || period < 0 || period > 100) {
+                  throw Usage("--period takes a sample period of 0 to 100 (x 0.1 ms), not '" +
+                              text + "'");
+                }
+                options_.period = static_cast<int>(period);
+              });
+        value(
+            sub, "--edge", "pos|neg", "the edge the capture starts on; default pos",
+            [this](const std::string& text) {
+              options_.positive_edge = one_of(text, {"pos", "neg"}, "--edge takes pos or neg") == 0;
+            });
+        output_option(sub, "FILE.vcd|FILE.csv", "save the samples instead of printing them", true);
+        break;
+      case Command::kVolts:
+        value(sub, "--channel", "vpp|sab|vin", "the A/D channel; default vin",
+              [this](const std::string& text) {
+                options_.channel = static_cast<int>(
+                    one_of(text, {"vpp", "sab", "vin"}, "--channel takes vpp, sab or vin"));
+              });
+        value(sub, "--att", "X", "the divider's attenuation, above 0 and up to 1000",
+              [this](const std::string& text) {
+                char* rest = nullptr;
+                const float att = std::strtof(text.c_str(), &rest);
+                // A divider's factor: finite and of a size a divider can have.
+                if (*rest != '\0' || !(att > 0 && att <= kMostAttenuation)) {
+                  throw Usage("--att takes a positive number up to 1000, not '" + text + "'");
+                }
+                options_.att = att;
+              });
+        break;
+      case Command::kFreq:
+        value(sub, "--gate", "100ms|1s", "the counting time; default 100ms",
+              [this](const std::string& text) {
+                options_.slow_gate = one_of(text, {"100ms", "1s"}, "--gate takes 100ms or 1s") == 1;
+              });
+        break;
+      case Command::kCount:
+        sub.add_option_function<std::string>(
+               "ACTION",
+               [this](const std::string& action) {
+                 one_of(action, {"clear", "start", "stop", "read"},
+                        "'count' takes clear, start, stop or read");
+                 options_.counter_action = action;
+               },
+               "clear|start|stop|read")
+            ->type_name("")
+            ->required();
+        break;
+      default:
+        break;
     }
-    return "--channel takes vpp, sab or vin, not '" + value + "'";
   }
-  if (option == "--att") {
-    char* rest = nullptr;
-    const float att = std::strtof(value.c_str(), &rest);
-    // A divider's factor: finite and of a size a divider can have.
-    if (*rest != '\0' || !(att > 0 && att <= kMostAttenuation)) {
-      return "--att takes a positive number up to 1000, not '" + value + "'";
-    }
-    options.att = att;
-    return "";
+
+  Options& options_;
+  CLI::App app_{"", "zenta"};
+  std::shared_ptr<CLI::Formatter> formatter_ = std::make_shared<CLI::Formatter>();
+  std::vector<CLI::App*> commands_;
+  bool quiet_ = false;
+  bool verbose_ = false;
+};
+
+// "--last=10" names the option --last.
+std::string option_of(const std::string& arg) {
+  return arg.substr(0, arg.find('='));
+}
+
+// CLI11's word for an argument it did not place, in this program's terms.
+std::string leftover_reason(Parser& parser, Command command, const std::string& arg) {
+  const bool option = arg.size() > 1 && arg[0] == '-';
+  if (!option) {
+    return command == Command::kNone ? "unknown command '" + arg + "'"
+                                     : "unexpected argument '" + arg + "'";
   }
-  if (option == "--gate") {
-    if (value != "100ms" && value != "1s") return "--gate takes 100ms or 1s, not '" + value + "'";
-    options.slow_gate = value == "1s";
-    return "";
+  const std::string name = option_of(arg);
+  if (command != Command::kNone && parser.sub(command)->get_option_no_throw(name) != nullptr) {
+    return "option '" + name + "' goes after '" + command_name(command) + "'";
   }
-  const auto word = parse_hex_word(value);
-  if (!word) return "option '" + option + "' takes 1 to 4 hexadecimal digits, not '" + value + "'";
-  if (option == "--config") {
-    if (*word > 0x3FFF) {
-      return "the configuration word has 14 bits (0 to 3FFF), not '" + value + "'";
-    }
-    options.config = word;
-  } else {
-    options.last = word;
+  for (const CommandInfo& info : kCommands) {
+    if (parser.sub(info.command)->get_option_no_throw(name) == nullptr) continue;
+    if (command == Command::kNone) return "no command given";
+    return "option '" + name + "' does not go with '" + command_name(command) + "'";
   }
-  return "";
+  return "unknown option '" + name + "'";
+}
+
+// CLI11's reason for a parse error, in this program's terms.
+std::string reason_of(const CLI::ParseError& error, Parser& parser, Command command) {
+  const std::string what = error.what();
+  // CLI11 names the option first: "--unit: 1 required TEXT missing".
+  const std::string name = what.substr(0, what.find(':'));
+  if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    const std::vector<std::string> left = parser.app().remaining();
+    if (!left.empty()) return leftover_reason(parser, command, left.front());
+  } else if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+    if (command != Command::kNone) return info_of(command).operand_error;
+  } else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+    return "option '" + name + "' needs a value";
+  }
+  return what;
 }
 
 }  // namespace
 
 const char* command_name(Command command) {
-  for (const CommandInfo& info : kCommands) {
-    if (info.command == command) return info.name;
-  }
-  return "";
+  return command == Command::kNone || command == Command::kProgramVersion ? ""
+                                                                          : info_of(command).name;
 }
 
 std::optional<std::uint16_t> parse_hex_word(const std::string& text) {
@@ -155,193 +356,78 @@ std::optional<std::uint16_t> parse_hex_word(const std::string& text) {
 ParseResult parse_arguments(const std::vector<std::string>& args) {
   ParseResult result;
   Options& options = result.options;
-  std::vector<std::pair<std::string, std::string>> command_options;
-  std::vector<std::string> operands;
-  bool quiet = false;
-  bool verbose = false;
-  for (std::size_t i = 0; i < args.size(); ++i) {
-    std::string arg = args[i];
-    std::string value;
-    bool has_value = false;
-    // --option=value is the same as --option value.
-    const auto equals = arg.find('=');
-    if (arg.rfind("--", 0) == 0 && equals != std::string::npos) {
-      value = arg.substr(equals + 1);
-      arg = arg.substr(0, equals);
-      has_value = true;
-    }
-    if (arg == "--help" || arg == "-h") {
-      options.command = Command::kHelp;
+  Parser parser(options);
+  // CLI11 reads "--unit=" as "--unit" followed by a value, the next argument,
+  // and "--exact=true" as "--exact": both are bad usage here.
+  for (const std::string& arg : args) {
+    if (arg == "--") break;
+    const std::size_t equals = arg.find('=');
+    if (!arg.starts_with("--") || equals == std::string::npos) continue;
+    const std::string name = arg.substr(0, equals);
+    const CLI::Option* option = parser.app().get_option_no_throw(name);
+    if (option == nullptr) continue;
+    if (option->get_expected_max() == 0) {
+      result.error = "option '" + name + "' takes no value";
       return result;
     }
-    if (arg == "--version") {
-      options.command = Command::kProgramVersion;
+    if (equals + 1 == arg.size()) {
+      result.error = "option '" + name + "' needs a value";
       return result;
-    }
-    const bool flag = arg == "--exact" || arg == "--json" || arg == "-q" || arg == "--quiet" ||
-                      arg == "-v" || arg == "--verbose";
-    if (flag) {
-      if (has_value) {
-        result.error = "option '" + arg + "' takes no value";
-        return result;
-      }
-      options.exact = options.exact || arg == "--exact";
-      options.json = options.json || arg == "--json";
-      quiet = quiet || arg == "-q" || arg == "--quiet";
-      verbose = verbose || arg == "-v" || arg == "--verbose";
-      continue;
-    }
-    const bool global = is_global(arg);
-    if (!global && !is_local(arg)) {
-      if (arg.size() > 1 && arg[0] == '-') {
-        result.error = "unknown option '" + arg + "'";
-        return result;
-      }
-      operands.push_back(arg);
-      continue;
-    }
-    if (!has_value) {
-      if (i + 1 >= args.size()) {
-        result.error = "option '" + arg + "' needs a value";
-        return result;
-      }
-      value = args[++i];
-    }
-    if (value.empty()) {
-      result.error = "option '" + arg + "' needs a value";
-      return result;
-    }
-    if (arg == "--unit") {
-      options.units.push_back(value);
-    } else if (arg == "--device") {
-      options.device = value;
-    } else if (arg == "--trace") {
-      options.trace_file = value;
-    } else if (arg == "--sim-memory") {
-      options.sim_memory = value;
-    } else {
-      command_options.emplace_back(arg, value);
     }
   }
-  if (quiet && verbose) {
+  // CLI11 takes the arguments last first.
+  std::vector<std::string> reversed(args.rbegin(), args.rend());
+  try {
+    parser.app().parse(reversed);
+  } catch (const CLI::CallForHelp&) {
+    options = Options();
+    options.help_for = parser.command();
+    options.command = Command::kHelp;
+    return result;
+  } catch (const CLI::ParseError& error) {
+    result.error = reason_of(error, parser, parser.command());
+    return result;
+  } catch (const Usage& usage) {
+    result.error = usage.what();
+    return result;
+  } catch (const ProgramVersionAsked&) {
+    options = Options();
+    options.command = Command::kProgramVersion;
+    return result;
+  }
+  options.command = parser.command();
+  if (options.command == Command::kHelp) return result;
+  if (parser.quiet() && parser.verbose()) {
     result.error = "-q and -v do not go together";
     return result;
   }
-  options.verbosity = quiet     ? Verbosity::kQuiet
-                      : verbose ? Verbosity::kVerbose
-                                : Verbosity::kNormal;
-
-  if (operands.empty()) {
+  options.verbosity = parser.quiet()     ? Verbosity::kQuiet
+                      : parser.verbose() ? Verbosity::kVerbose
+                                         : Verbosity::kNormal;
+  if (options.command == Command::kNone) {
     result.error = "no command given";
-    return result;
-  }
-  const CommandInfo* info = find_command(operands[0]);
-  if (info == nullptr) {
-    result.error = "unknown command '" + operands[0] + "'";
-    return result;
-  }
-  options.command = info->command;
-  const std::size_t expected = 1 + static_cast<std::size_t>(info->operands);
-  if (operands.size() < expected) {
-    result.error = info->operand_error;
-    return result;
-  }
-  if (operands.size() > expected) {
-    result.error = "unexpected argument '" + operands[expected] + "'";
-    return result;
-  }
-  if (options.command == Command::kCount) {
-    const std::string& action = operands[1];
-    if (action != "clear" && action != "start" && action != "stop" && action != "read") {
-      result.error = "'count' takes clear, start, stop or read, not '" + action + "'";
-      return result;
-    }
-    options.counter_action = action;
-  } else if (expected == 2) {
-    options.hex_file = operands[1];
-  }
-  if ((options.command == Command::kUnits || options.command == Command::kUdevRule) &&
-      !options.units.empty()) {
-    result.error = options.command == Command::kUnits
-                       ? "'units' lists every unit; it takes no --unit"
-                       : "'udev-rule' takes no --unit";
-    return result;
-  }
-
-  for (const auto& [option, value] : command_options) {
-    if (!allows(options.command, option)) {
-      result.error = "option '" + option + "' does not go with '" + operands[0] + "'";
-      return result;
-    }
-    result.error = apply_local(options, option, value);
-    if (!result.ok()) return result;
-  }
-  if (options.command == Command::kCapture && !options.output_file.empty() &&
-      !options.output_file.ends_with(".vcd") && !options.output_file.ends_with(".csv")) {
-    result.error = "capture -o writes FILE.vcd or FILE.csv, not '" + options.output_file + "'";
-    return result;
+  } else if (options.command == Command::kUnits && !options.units.empty()) {
+    result.error = "'units' lists every unit; it takes no --unit";
+  } else if (options.command == Command::kUdevRule && !options.units.empty()) {
+    result.error = "'udev-rule' takes no --unit";
   }
   return result;
 }
 
-const char* usage_text() {
-  return R"TEXT(Usage: zenta [--unit UNIT]... [--device NAME|INDEX|CHIP|auto] [--trace FILE]
-             [--sim-memory FILE] [--exact] [--json] [-q|-v] COMMAND [ARGS]
-
-Commands:
-  version                     print the unit's firmware identification
-  id                          read and name the device ID ("Device=16F877A (E27)")
-  erase                       chip erase, as the panel's ERASE button
-  write FILE.hex [--config HHHH] [--last HHHH]
-                              load, erase, write, verify, write the configuration word,
-                              as the panel's WRITE button
-  verify FILE.hex [--last HHHH]
-                              compare every word through the file's last program word
-                              (or --last), then its configuration word
-  read [-o FILE.hex] [--last HHHH]
-                              read program memory; print a hex table, or save program
-                              memory, configuration word and EEPROM as INHX8M
-  read-eeprom [-o FILE.hex]   read the data EEPROM; print a hex table or save INHX8M
-                              (byte i at byte address 4200 + 2i, as gputils puts it)
-  units                       list the units plugged in on USB
-  udev-rule                   print the udev rule that lets a user open the unit
-                              (for /etc/udev/rules.d/60-zenta.rules; ZENTA_USB_ID applies)
-  capture [--period N] [--edge pos|neg] [-o FILE.vcd|FILE.csv]
-                              480 logic samples, one every N x 0.1 ms (N 0 to 100)
-  volts [--channel vpp|sab|vin] [--att X]
-                              one A/D reading (default vin, attenuation 4.4)
-  freq [--gate 100ms|1s]      the frequency on the logic input
-  count clear|start|stop|read the event counter
-
-Options:
-  --unit UNIT        usb (the default), usb:SERIAL, sim (a simulated 16F877A) or
-                     sim:CHIP[,freq=HZ][,latency=1ms] (sim:none for an empty socket);
-                     default ZENTA_UNIT. Given more than once: each unit in parallel,
-                     one result line per unit prefixed with its name
-  --device NAME|INDEX|CHIP|auto
-                     device entry by caption (16F87x, 16F87xA, 16F84, 16F84A, 16F62x,
-                     16F62xA, 12F629/675, 16F818/819), index 0 to 7, chip (16F628A,
-                     PIC16F628A) or auto (from the chip's ID); default 16F87xA
-  --trace FILE       write one line per exchange with the unit to FILE
-  --sim-memory FILE  keep the simulated chip's memories in FILE across runs
-  --exact            the documented packet sequences only, without the checks
-  --json             print one JSON object per command instead of text
-  -q, --quiet        no progress and no outcome line, unless it is the answer
-  -v, --verbose      each step of the operation and the exchange count
-  --config HHHH      configuration word to write; else the file's word 2007, else the
-                     device's default
-  --last HHHH        last address, as typed into the panel's LAST box
-  -o FILE            save what was read or captured instead of printing it; written
-                     only when the whole read succeeded
-  --version          print the program's version
-  -h, --help         print this text
-
-The outcome line goes to standard output on success; a failure prints why on
-standard error instead. Ctrl-C ends a command as a failure does.
-Exit status: 0 success; 1 the operation failed (a check refused, verify mismatch,
-configuration read-back, bad file, failed exchanges, interrupted); 2 bad usage;
-3 no unit.
-)TEXT";
+std::string help_text(Command command) {
+  Options options;
+  Parser parser(options);
+  CLI::App* sub =
+      command == Command::kNone || command == Command::kHelp ? nullptr : parser.sub(command);
+  if (sub == nullptr) {
+    return parser.formatter().make_help(&parser.app(), "zenta", CLI::AppFormatMode::All);
+  }
+  // A command's help with the options that go with every command.
+  return sub->help("zenta") + "Global options:" +
+         parser.formatter()
+             .make_groups(&parser.app(), CLI::AppFormatMode::Normal)
+             .substr(std::string("\nOptions:").size()) +
+         "\n" + kFooter + "\n";
 }
 
 }  // namespace zenta::cli

@@ -2,7 +2,8 @@
 // The command line of the zenta program:
 //   zenta [--unit UNIT]... [--device NAME|INDEX|CHIP|auto] [--trace FILE]
 //         [--sim-memory FILE] [--exact] [--json] [-q|-v] COMMAND [ARGS]
-// Scripts rely on it; new options may be added, none changed.
+// Scripts rely on it; new options may be added, none changed. CLI11 reads
+// it from one declaration per option, which also makes the help.
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -36,6 +37,7 @@ enum class Verbosity { kQuiet, kNormal, kVerbose };
 
 struct Options {
   Command command = Command::kNone;
+  Command help_for = Command::kNone;  // with kHelp: the command whose help; kNone the program's
   // --unit, once per unit; several run the command on each in parallel.
   // Empty: ZENTA_UNIT, then "usb".
   std::vector<std::string> units;
@@ -65,12 +67,14 @@ struct ParseResult {
 };
 
 // Arguments without the program name. Global options may stand before or
-// after the command; a command's own options only with that command.
+// after the command; a command's own options only after that command.
 ParseResult parse_arguments(const std::vector<std::string>& args);
 
 // One to four hexadecimal digits, either case, with an optional 0x.
 std::optional<std::uint16_t> parse_hex_word(const std::string& text);
 
-const char* usage_text();
+// The help of the program (every command with its options) or of one command,
+// made from the same declarations the parser reads.
+std::string help_text(Command command = Command::kNone);
 
 }  // namespace zenta::cli

@@ -373,7 +373,7 @@ int run_several(const Options& options, std::ostream& out, std::ostream& err) {
 
 int run(const Options& options, std::ostream& out, std::ostream& err, bool err_terminal) {
   if (options.command == Command::kHelp) {
-    out << usage_text();
+    out << help_text(options.help_for);
     return kExitOk;
   }
   if (options.command == Command::kProgramVersion) return run_program_version(out);
