@@ -2,6 +2,7 @@
 // Running the zenta program in-process on simulated units the test made,
 // and reading its JSON output back.
 #include <map>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -69,61 +70,12 @@ class InterruptAt : public UnitDriver {
 // nullopt when the text is not one well-formed object.
 inline std::optional<std::map<std::string, std::string>> parse_json_object(
     const std::string& text) {
+  const auto object = nlohmann::ordered_json::parse(text, nullptr, false);
+  if (!object.is_object()) return std::nullopt;
   std::map<std::string, std::string> members;
-  std::size_t i = 0;
-  const auto skip = [&] {
-    while (i < text.size() && std::isspace(static_cast<unsigned char>(text[i]))) ++i;
-  };
-  const auto string = [&]() -> std::optional<std::string> {
-    if (i >= text.size() || text[i] != '"') return std::nullopt;
-    std::string value;
-    for (++i; i < text.size() && text[i] != '"'; ++i) {
-      if (text[i] == '\\' && ++i < text.size()) {
-        value += text[i] == 'n' ? '\n' : text[i];
-      } else {
-        value += text[i];
-      }
-    }
-    if (i++ >= text.size()) return std::nullopt;
-    return value;
-  };
-  const auto value = [&]() -> std::optional<std::string> {
-    skip();
-    if (i < text.size() && text[i] == '"') return string();
-    const std::size_t start = i;
-    int depth = 0;
-    for (; i < text.size(); ++i) {
-      if (text[i] == '{' || text[i] == '[') ++depth;
-      if (text[i] == '}' || text[i] == ']') {
-        if (depth == 0) break;
-        --depth;
-      }
-      if (text[i] == ',' && depth == 0) break;
-    }
-    if (i == start) return std::nullopt;
-    return text.substr(start, i - start);
-  };
-  skip();
-  if (i >= text.size() || text[i++] != '{') return std::nullopt;
-  for (;;) {
-    skip();
-    const auto name = string();
-    skip();
-    if (!name || i >= text.size() || text[i++] != ':') return std::nullopt;
-    const auto member = value();
-    if (!member) return std::nullopt;
-    members[*name] = *member;
-    skip();
-    if (i < text.size() && text[i] == ',') {
-      ++i;
-      continue;
-    }
-    if (i < text.size() && text[i] == '}') break;
-    return std::nullopt;
+  for (const auto& [name, value] : object.items()) {
+    members[name] = value.is_string() ? value.get<std::string>() : value.dump();
   }
-  ++i;
-  skip();
-  if (i != text.size()) return std::nullopt;
   return members;
 }
 

@@ -2,6 +2,10 @@
 // the program as a script runs it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "cli/record.h"
 #include "cli_rig.h"
 #include "fakes.h"
 #include "image/hex_writer.h"
@@ -91,6 +95,66 @@ TEST(CliUnitsTest, JsonCarriesTheOutcomeAndTheFirstMismatch) {
   EXPECT_EQ(verify->at("outcome"), "failed");
   EXPECT_EQ(verify->at("exit_status"), "1");
   EXPECT_EQ(verify->at("first_mismatch"), R"({"address":"0003","file":"0124","chip":"0123"})");
+}
+
+// Every command's --json object is one line a JSON parser reads back with
+// the same members in the same order; names that need escaping (quotes,
+// backslashes, control characters) and non-ASCII text come back as given,
+// and bytes that are not UTF-8 (a unit's firmware reply) become U+FFFD.
+TEST(CliUnitsTest, EveryCommandsJsonReadsBackWhateverTheNames) {
+  using Json = nlohmann::ordered_json;
+  TempDir dir;
+  const std::string odd = "q\"b\\s\x01\t\n Gr\u00FC\u00DFe \u2713";
+  const std::string hex = dir.file(odd + ".hex");
+  write_text(hex, format_inhx8m({{0, 0x2805}, {0x2007, 0x3F70}}));
+  const struct {
+    std::vector<std::string> args;
+    bool names_file;  // the message names the file
+  } cases[] = {
+      {{"version"}, false},
+      {{"id"}, false},
+      {{"erase"}, false},
+      {{"write", hex}, false},
+      {{"verify", dir.file(odd + "-gone.hex")}, true},
+      {{"read", "-o", dir.file(odd + "-back.hex")}, false},
+      {{"read-eeprom"}, false},
+      {{"capture", "-o", dir.file(odd + ".vcd")}, false},
+      {{"volts"}, false},
+      {{"freq"}, false},
+      {{"count", "read"}, false},
+  };
+  const std::vector<std::string> first = {"command", "unit",          "device",      "chip",
+                                          "outcome", "message",       "exit_status", "exchanges",
+                                          "seconds", "first_mismatch"};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.args[0]);
+    testing::SimRun run("16F628A");
+    std::vector<std::string> args = {"--json", "--device", "16F628A", "--unit", odd};
+    args.insert(args.end(), c.args.begin(), c.args.end());
+    const Outcome result = run(args);
+    ASSERT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1) << result.out;
+    const Json object = Json::parse(result.out);
+    std::vector<std::string> names;
+    for (const auto& member : object.items()) names.push_back(member.key());
+    names.resize(std::min(names.size(), first.size()));
+    EXPECT_EQ(names, first);
+    EXPECT_EQ(object["command"], c.args[0]);
+    EXPECT_EQ(object["unit"], odd);
+    EXPECT_EQ(object["exit_status"], result.status);
+    EXPECT_EQ(object["outcome"] == "ok", !c.names_file) << object["message"];
+    if (c.names_file) {
+      EXPECT_NE(object["message"].get<std::string>().find(odd), std::string::npos);
+    }
+  }
+  const std::vector<PluggedUnit> plugged = {{odd, "ZENTA \xFF" "1", 1, 7}, {"", "", 2, 3}};
+  const Json expected = {
+      {"command", "units"},
+      {"units",
+       {{{"unit", "usb:" + odd}, {"firmware", "ZENTA \uFFFD1"}, {"bus", 1}, {"address", 7}},
+        {{"unit", "usb:"}, {"firmware", ""}, {"bus", 2}, {"address", 3}}}}};
+  EXPECT_EQ(Json::parse(json_text(plugged)), expected);
+  EXPECT_EQ(Json::parse(json_text(std::vector<PluggedUnit>{})),
+            (Json{{"command", "units"}, {"units", Json::array()}}));
 }
 
 TEST(CliUnitsTest, InstrumentsAnswerFromTheSimulatedUnit) {

@@ -177,19 +177,15 @@ int list_plugged_units(const Options& options, std::ostream& out, std::ostream& 
   units = list_units(*id, console);
   console.finish();
 #endif
-  std::string json = "{\"command\":\"units\",\"units\":[";
-  for (const PluggedUnit& plugged : units) {
-    const std::string name = "usb:" + plugged.serial;
-    if (json.back() != '[') json += ",";
-    json += "{\"unit\":" + json_string(name) + ",\"firmware\":" + json_string(plugged.firmware) +
-            ",\"bus\":" + std::to_string(plugged.bus) +
-            ",\"address\":" + std::to_string(plugged.address) + "}";
-    if (!options.json) {
-      out << name << "  firmware " << (plugged.firmware.empty() ? "?" : plugged.firmware)
-          << "  (bus " << plugged.bus << ", address " << plugged.address << ")\n";
+  if (options.json) {
+    out << json_text(units) << '\n';
+  } else {
+    for (const PluggedUnit& plugged : units) {
+      out << "usb:" << plugged.serial << "  firmware "
+          << (plugged.firmware.empty() ? "?" : plugged.firmware) << "  (bus " << plugged.bus
+          << ", address " << plugged.address << ")\n";
     }
   }
-  if (options.json) out << json << "]}\n";
   if (units.empty()) {
     err << "zenta: no unit is plugged in on USB\n";
     return kExitNoUnit;

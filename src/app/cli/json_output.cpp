@@ -1,73 +1,65 @@
+#include <cmath>
 #include <cstdio>
+#include <nlohmann/json.hpp>
 
 #include "cli/record.h"
 
 namespace zenta::cli {
 
-std::string json_string(const std::string& text) {
-  std::string quoted = "\"";
-  for (const char c : text) {
-    switch (c) {
-      case '"':
-        quoted += "\\\"";
-        break;
-      case '\\':
-        quoted += "\\\\";
-        break;
-      case '\n':
-        quoted += "\\n";
-        break;
-      case '\t':
-        quoted += "\\t";
-        break;
-      default:
-        if (static_cast<unsigned char>(c) < 0x20) {
-          char escape[8];
-          std::snprintf(escape, sizeof escape, "\\u%04X", static_cast<unsigned>(c));
-          quoted += escape;
-        } else {
-          quoted += c;
-        }
-    }
-  }
-  return quoted + "\"";
-}
-
 namespace {
 
-std::string optional_string(const std::string& text) {
-  return text.empty() ? "null" : json_string(text);
+// Members keep the order they are set in, the order scripts have seen.
+using Json = nlohmann::ordered_json;
+
+Json optional_string(const std::string& text) {
+  return text.empty() ? Json() : Json(text);
 }
 
+// Addresses and words as the panel writes them: four hexadecimal digits.
 std::string hex4(int value) {
   char text[8];
   std::snprintf(text, sizeof text, "%04X", static_cast<unsigned>(value) & 0xFFFFu);
   return text;
 }
 
+// The one writer of every object zenta prints. Names come from the command
+// line, files and the unit, so bytes that are not UTF-8 become U+FFFD
+// rather than ending the program.
+std::string line_of(const Json& object) {
+  return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
 }  // namespace
 
 std::string json_text(const RunRecord& r) {
-  char seconds[32];
-  std::snprintf(seconds, sizeof seconds, "%.3f", r.seconds);
-  std::string text =
-      "{\"command\":" + json_string(r.command) + ",\"unit\":" + json_string(r.unit) +
-      ",\"device\":" + optional_string(r.device) + ",\"chip\":" + optional_string(r.chip) +
-      ",\"outcome\":" + json_string(r.outcome) + ",\"message\":" + json_string(r.message) +
-      ",\"exit_status\":" + std::to_string(r.status) +
-      ",\"exchanges\":" + std::to_string(r.exchanges) + ",\"seconds\":" + seconds +
-      ",\"first_mismatch\":";
+  Json object = {{"command", r.command},
+                 {"unit", r.unit},
+                 {"device", optional_string(r.device)},
+                 {"chip", optional_string(r.chip)},
+                 {"outcome", r.outcome},
+                 {"message", r.message},
+                 {"exit_status", r.status},
+                 {"exchanges", r.exchanges},
+                 {"seconds", std::round(r.seconds * 1000) / 1000},
+                 {"first_mismatch", nullptr}};
   if (r.mismatch) {
-    // Addresses and words as the panel writes them: four hexadecimal digits.
-    text += "{\"address\":" + json_string(hex4(r.mismatch->address)) +
-            ",\"file\":" + json_string(hex4(r.mismatch->file)) +
-            ",\"chip\":" + json_string(hex4(r.mismatch->chip)) + "}";
-  } else {
-    text += "null";
+    object["first_mismatch"] = {{"address", hex4(r.mismatch->address)},
+                                {"file", hex4(r.mismatch->file)},
+                                {"chip", hex4(r.mismatch->chip)}};
   }
-  for (const auto& [name, value] : r.values)
-    text += "," + json_string(name) + ":" + json_string(value);
-  return text + "}";
+  for (const auto& [name, value] : r.values) object[name] = value;
+  return line_of(object);
+}
+
+std::string json_text(const std::vector<PluggedUnit>& units) {
+  Json list = Json::array();
+  for (const PluggedUnit& plugged : units) {
+    list.push_back({{"unit", "usb:" + plugged.serial},
+                    {"firmware", plugged.firmware},
+                    {"bus", plugged.bus},
+                    {"address", plugged.address}});
+  }
+  return line_of({{"command", "units"}, {"units", list}});
 }
 
 }  // namespace zenta::cli

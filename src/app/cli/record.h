@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/usb_units.h"
+
 namespace zenta::cli {
 
 // The first word that differs between the file and the chip.
@@ -39,9 +41,8 @@ struct RunRecord {
   bool ok() const { return outcome == "ok"; }
 };
 
-// One JSON object on one line.
+// One JSON object on one line: a command's record, or the units' list.
 std::string json_text(const RunRecord& record);
-// A JSON string literal of the text, quotes included.
-std::string json_string(const std::string& text);
+std::string json_text(const std::vector<PluggedUnit>& units);
 
 }  // namespace zenta::cli
