@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "cli/args.h"
+#include "temp_dir.h"
 
 namespace zenta::cli {
 namespace {
@@ -90,6 +93,58 @@ TEST(CliArgsTest, FlagsAndInstrumentOptionsReachTheOptions) {
   EXPECT_TRUE(c.ok() && c.options.slow_gate);
   const ParseResult d = parse_arguments({"count", "stop"});
   EXPECT_EQ(d.options.counter_action, "stop");
+}
+
+// The options a help text lists ("-o", "--sim-memory").
+std::set<std::string> options_in(const std::string& help) {
+  static const std::regex option(R"((?:^|[\s,\[|])(--?[a-z][a-z-]*))");
+  std::set<std::string> found;
+  for (auto it = std::sregex_iterator(help.begin(), help.end(), option);
+       it != std::sregex_iterator(); ++it) {
+    found.insert((*it)[1]);
+  }
+  return found;
+}
+
+// `word` in `text` on its own: "--unit" is not in "--units", "-o" not in "read-only".
+bool has_word(const std::string& text, const std::string& word) {
+  const auto part = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '-'; };
+  for (std::size_t at = text.find(word); at != std::string::npos; at = text.find(word, at + 1)) {
+    const std::size_t end = at + word.size();
+    if ((at == 0 || !part(text[at - 1])) && (end == text.size() || !part(text[end]))) return true;
+  }
+  return false;
+}
+
+// The help comes from the declarations; the manual page and README are
+// written by hand and must not fall behind: every command and every option
+// of any help stands in both, and the program's help lists them all.
+TEST(CliArgsTest, ManualPageAndReadmeNameEverythingTheHelpLists) {
+  std::string man = zenta::testing::read_text(ZENTA_TEST_DATA "/../../packaging/zenta.1");
+  // Without roff's font changes and the backslashes of its "\\-".
+  man = std::regex_replace(man, std::regex(R"(\\f[BIR]|\\(?=-))"), "");
+  const std::string readme = zenta::testing::read_text(ZENTA_TEST_DATA "/../../README.md");
+  const std::string program_help = help_text();
+  const std::set<std::string> listed = options_in(program_help);
+  std::set<std::string> words = listed;
+  for (int c = static_cast<int>(Command::kVersion); c <= static_cast<int>(Command::kCount); ++c) {
+    const auto command = static_cast<Command>(c);
+    const std::string help = help_text(command);
+    const std::string name = command_name(command);
+    EXPECT_NE(help.find("Usage: zenta " + name + " "), std::string::npos) << help;
+    EXPECT_TRUE(has_word(program_help, name)) << name;
+    words.insert(name);
+    for (const std::string& option : options_in(help)) {
+      EXPECT_TRUE(listed.contains(option)) << option << " of " << name;
+      words.insert(option);
+    }
+  }
+  // 13 commands and 21 spellings of options: the reading above found them.
+  EXPECT_EQ(words.size(), 34u);
+  for (const std::string& word : words) {
+    EXPECT_TRUE(has_word(man, word)) << word << " is not in the manual page";
+    EXPECT_TRUE(has_word(readme, word)) << word << " is not in README";
+  }
 }
 
 }  // namespace
