@@ -35,6 +35,10 @@ TEST(CliArgsTest, CommandLinesParseOrSayWhy) {
        "write unit= device= trace= mem= hex=prog.hex out= config=3F3A last=7FF"},
       {{"read", "-o", "back.hex", "--last", "10"},
        "read unit= device= trace= mem= hex= out=back.hex config=0 last=10"},
+      // A command's options also before the command, between global ones.
+      {{"-o", "x.hex", "--unit", "sim", "--last=7", "read", "--device", "3"},
+       "read unit=sim device=3 trace= mem= hex= out=x.hex config=0 last=7"},
+      {{"--period", "2", "freq"}, "error: option '--period' does not go with 'freq'"},
       // Help wins over whatever is wrong with the rest.
       {{"--help", "--bogus"}, "help unit= device= trace= mem= hex= out= config=0 last=0"},
       {{"--version", "flash"}, " unit= device= trace= mem= hex= out= config=0 last=0"},

@@ -1,6 +1,7 @@
 #include "cli/args.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -67,7 +68,7 @@ const CommandInfo& info_of(Command command) {
   return kCommands[0];
 }
 
-constexpr const char* kFooter = R"TEXT(Global options may stand before or after the command.
+constexpr const char* kFooter = R"TEXT(Options may stand before or after the command.
 The outcome line goes to standard output on success; a failure prints why on
 standard error instead. Ctrl-C ends a command as a failure does.
 Exit status: 0 success; 1 the operation failed (a check refused, verify mismatch,
@@ -304,15 +305,57 @@ std::string leftover_reason(Parser& parser, Command command, const std::string& 
                                      : "unexpected argument '" + arg + "'";
   }
   const std::string name = option_of(arg);
-  if (command != Command::kNone && parser.sub(command)->get_option_no_throw(name) != nullptr) {
-    return "option '" + name + "' goes after '" + command_name(command) + "'";
-  }
   for (const CommandInfo& info : kCommands) {
     if (parser.sub(info.command)->get_option_no_throw(name) == nullptr) continue;
     if (command == Command::kNone) return "no command given";
     return "option '" + name + "' does not go with '" + command_name(command) + "'";
   }
   return "unknown option '" + name + "'";
+}
+
+// The option an argument names, if any: global or of some command.
+const CLI::Option* option_named(Parser& parser, const std::string& arg, bool& global) {
+  global = false;
+  if (arg.size() < 2 || arg[0] != '-') return nullptr;
+  const std::string name = option_of(arg);
+  if (const CLI::Option* option = parser.app().get_option_no_throw(name)) {
+    global = true;
+    return option;
+  }
+  for (const CommandInfo& info : kCommands) {
+    if (const CLI::Option* option = parser.sub(info.command)->get_option_no_throw(name)) {
+      return option;
+    }
+  }
+  return nullptr;
+}
+
+// A command's options may stand before the command, as they always could;
+// CLI11 reads them only after it, so they move there.
+std::vector<std::string> command_options_after_command(Parser& parser,
+                                                       const std::vector<std::string>& args) {
+  std::vector<std::string> ordered, early;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    const bool command = std::any_of(std::begin(kCommands), std::end(kCommands),
+                                     [&](const CommandInfo& info) { return arg == info.name; });
+    if (arg == "--" || command) {
+      if (command) ordered.push_back(arg);
+      ordered.insert(ordered.end(), early.begin(), early.end());
+      ordered.insert(ordered.end(), args.begin() + static_cast<std::ptrdiff_t>(command ? i + 1 : i),
+                     args.end());
+      return ordered;
+    }
+    bool global = false;
+    const CLI::Option* option = option_named(parser, arg, global);
+    std::vector<std::string>& to = option != nullptr && !global ? early : ordered;
+    to.push_back(arg);
+    const bool value_follows =
+        option != nullptr && option->get_expected_max() != 0 && arg.find('=') == std::string::npos;
+    if (value_follows && i + 1 < args.size()) to.push_back(args[++i]);
+  }
+  ordered.insert(ordered.end(), early.begin(), early.end());
+  return ordered;
 }
 
 // CLI11's reason for a parse error, in this program's terms.
@@ -375,8 +418,9 @@ ParseResult parse_arguments(const std::vector<std::string>& args) {
       return result;
     }
   }
+  const std::vector<std::string> ordered = command_options_after_command(parser, args);
   // CLI11 takes the arguments last first.
-  std::vector<std::string> reversed(args.rbegin(), args.rend());
+  std::vector<std::string> reversed(ordered.rbegin(), ordered.rend());
   try {
     parser.app().parse(reversed);
   } catch (const CLI::CallForHelp&) {

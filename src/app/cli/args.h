@@ -66,8 +66,8 @@ struct ParseResult {
   bool ok() const { return error.empty(); }
 };
 
-// Arguments without the program name. Global options may stand before or
-// after the command; a command's own options only after that command.
+// Arguments without the program name. Options may stand before or after the
+// command; a command's own options go with that command only.
 ParseResult parse_arguments(const std::vector<std::string>& args);
 
 // One to four hexadecimal digits, either case, with an optional 0x.
