@@ -407,7 +407,8 @@ ParseResult parse_arguments(const std::vector<std::string>& args) {
     const std::size_t equals = arg.find('=');
     if (!arg.starts_with("--") || equals == std::string::npos) continue;
     const std::string name = arg.substr(0, equals);
-    const CLI::Option* option = parser.app().get_option_no_throw(name);
+    bool global = false;
+    const CLI::Option* option = option_named(parser, arg, global);
     if (option == nullptr) continue;
     if (option->get_expected_max() == 0) {
       result.error = "option '" + name + "' takes no value";
