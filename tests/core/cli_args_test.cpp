@@ -70,6 +70,7 @@ TEST(CliArgsTest, CommandLinesParseOrSayWhy) {
        "error: the configuration word has 14 bits (0 to 3FFF), not '4000'"},
       {{"read", "--last", "0x"},
        "error: option '--last' takes 1 to 4 hexadecimal digits, not '0x'"},
+      {{"read", "--last", "0x12345"}, "error: option '--last' takes 1 to 4 hexadecimal digits"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(parsed(c.args).substr(0, c.expected.size()), c.expected);

@@ -314,12 +314,12 @@ std::string leftover_reason(Parser& parser, Command command, const std::string& 
 }
 
 // The option an argument names, if any: global or of some command.
-const CLI::Option* option_named(Parser& parser, const std::string& arg, bool& global) {
-  global = false;
+const CLI::Option* option_named(Parser& parser, const std::string& arg, bool* global = nullptr) {
+  if (global != nullptr) *global = false;
   if (arg.size() < 2 || arg[0] != '-') return nullptr;
   const std::string name = option_of(arg);
   if (const CLI::Option* option = parser.app().get_option_no_throw(name)) {
-    global = true;
+    if (global != nullptr) *global = true;
     return option;
   }
   for (const CommandInfo& info : kCommands) {
@@ -347,7 +347,7 @@ std::vector<std::string> command_options_after_command(Parser& parser,
       return ordered;
     }
     bool global = false;
-    const CLI::Option* option = option_named(parser, arg, global);
+    const CLI::Option* option = option_named(parser, arg, &global);
     std::vector<std::string>& to = option != nullptr && !global ? early : ordered;
     to.push_back(arg);
     const bool value_follows =
@@ -407,8 +407,7 @@ ParseResult parse_arguments(const std::vector<std::string>& args) {
     const std::size_t equals = arg.find('=');
     if (!arg.starts_with("--") || equals == std::string::npos) continue;
     const std::string name = arg.substr(0, equals);
-    bool global = false;
-    const CLI::Option* option = option_named(parser, arg, global);
+    const CLI::Option* option = option_named(parser, arg);
     if (option == nullptr) continue;
     if (option->get_expected_max() == 0) {
       result.error = "option '" + name + "' takes no value";

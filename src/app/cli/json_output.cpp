@@ -1,4 +1,3 @@
-#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -40,7 +39,7 @@ std::string json_text(const RunRecord& r) {
                  {"message", r.message},
                  {"exit_status", r.status},
                  {"exchanges", r.exchanges},
-                 {"seconds", std::round(r.seconds * 1000) / 1000},
+                 {"seconds", r.seconds},
                  {"first_mismatch", nullptr}};
   if (r.mismatch) {
     object["first_mismatch"] = {{"address", hex4(r.mismatch->address)},
