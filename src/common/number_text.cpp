@@ -77,7 +77,8 @@ double leading_number(const std::string& text) {
     // Too large gives infinity, too small zero, as the text's sign says.
     const bool negative = number.front() == '-';
     const std::size_t e = number.find('e');
-    const bool tiny = e != std::string::npos && e + 1 < number.size() && number[e + 1] == '-';
+    // The exponent has digits after it: a bare one was taken off above.
+    const bool tiny = e != std::string::npos && number[e + 1] == '-';
     value = tiny ? 0.0 : std::numeric_limits<double>::infinity();
     return negative ? -value : value;
   }

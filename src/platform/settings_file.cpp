@@ -15,20 +15,10 @@ std::string trimmed(const std::string& text) {
 }
 
 // QSettings quotes a text with a comma, a semicolon, an equals sign or
-// blanks at its ends, and escapes quotes and backslashes inside.
-std::string unquoted(const std::string& value) {
-  std::string text;
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    const char c = value[i];
-    if (c == '"') continue;
-    if (c == '\\' && i + 1 < value.size()) {
-      const char next = value[++i];
-      text += next == 'n' ? '\n' : next == 't' ? '\t' : next == 'r' ? '\r' : next;
-    } else {
-      text += c;
-    }
-  }
-  return text;
+// blanks at its ends ("4,4"); a number has no escapes.
+std::string unquoted(std::string value) {
+  std::erase(value, '"');
+  return value;
 }
 
 }  // namespace

@@ -122,22 +122,30 @@ TEST(CliUnitsTest, VoltsTakesThePanelsStoredAttenuationUnlessGiven) {
     const char* stored;  // the file's [DATA] lines; nullptr: no file
     std::vector<std::string> att;
     const char* out;
+    const char* xdg = "";  // XDG_CONFIG_HOME under the home folder; nullptr: unset
   } cases[] = {
       {nullptr, {}, "Vin 5.0 V\n"},
       {"VOLTATT=1\n", {}, "Vin 1.1 V\n"},
       {"DEVICE=1\nVOLTATT = \"5\"\n", {}, "Vin 5.7 V\n"},
       {"VOLTATT=1\n", {"--att", "2"}, "Vin 2.3 V\n"},
       {"VOLTATT=\n", {}, "Vin 5.0 V\n"},
+      {"VOLTATT=\"2,5\"\n", {}, "Vin 2.3 V\n"},  // read as the meter reads it
+      {"VOLTATT=1\n", {}, "Vin 1.1 V\n", nullptr},
+      {"VOLTATT=1\n", {}, "Vin 1.1 V\n", "relative"},  // not absolute: ignored
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.stored ? c.stored : "no file");
     TempDir dir;
-    zenta::testing::EnvGuard config("XDG_CONFIG_HOME", dir.path().c_str());
-    const std::string file = dir.file("ZENTA/ZENTA.conf");
+    const std::string config = c.xdg && *c.xdg ? c.xdg : ".config";
+    zenta::testing::EnvGuard home("HOME", dir.path().c_str());
+    zenta::testing::EnvGuard xdg("XDG_CONFIG_HOME", !c.xdg   ? nullptr
+                                                    : *c.xdg ? c.xdg
+                                                             : dir.file(config).c_str());
+    const std::string file = dir.file(".config/ZENTA/ZENTA.conf");
     const std::string text =
         std::string("[PANEL]\nVOLTATT=9\n[DATA]\n") + (c.stored ? c.stored : "");
     if (c.stored) {
-      std::filesystem::create_directories(dir.file("ZENTA"));
+      std::filesystem::create_directories(dir.file(".config/ZENTA"));
       write_text(file, text);
     }
     std::vector<std::string> args = {"--unit", "sim", "volts"};
