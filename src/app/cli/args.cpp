@@ -3,6 +3,7 @@
 #include "common/number_text.h"
 
 #include <cstdlib>
+#include <limits>
 
 namespace zenta::cli {
 
@@ -101,13 +102,13 @@ std::string apply_local(Options& options, const std::string& option, const std::
     return "--channel takes vpp, sab or vin, not '" + value + "'";
   }
   if (option == "--att") {
-    char* rest = nullptr;
-    const float att = std::strtof(value.c_str(), &rest);
-    // A divider's factor: finite and of a size a divider can have.
-    if (*rest != '\0' || !(att > 0 && att <= kMostAttenuation)) {
+    // A divider's factor: finite and of a size a divider can have, read
+    // with the point whatever the locale.
+    const std::optional<double> att = parse_decimal(value);
+    if (!att || !(*att > 0 && *att <= kMostAttenuation)) {
       return "--att takes a positive number up to 1000, not '" + value + "'";
     }
-    options.att = att;
+    options.att = static_cast<float>(*att);
     return "";
   }
   if (option == "--gate") {
@@ -309,7 +310,8 @@ Commands:
   capture [--period N] [--edge pos|neg] [-o FILE.vcd|FILE.csv]
                               480 logic samples, one every N x 0.1 ms (N 0 to 100)
   volts [--channel vpp|sab|vin] [--att X]
-                              one A/D reading (default vin, attenuation 4.4)
+                              one A/D reading (default vin; attenuation: X, else the
+                              panel's stored volt meter setting, else 4.4)
   freq [--gate 100ms|1s]      the frequency on the logic input
   count clear|start|stop|read the event counter
 

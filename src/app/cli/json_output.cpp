@@ -1,6 +1,7 @@
 #include <cstdio>
 
 #include "cli/record.h"
+#include "common/number_text.h"
 
 namespace zenta::cli {
 
@@ -48,8 +49,7 @@ std::string hex4(int value) {
 }  // namespace
 
 std::string json_text(const RunRecord& r) {
-  char seconds[32];
-  std::snprintf(seconds, sizeof seconds, "%.3f", r.seconds);
+  const std::string seconds = fixed_text(r.seconds, 3);
   std::string text =
       "{\"command\":" + json_string(r.command) + ",\"unit\":" + json_string(r.unit) +
       ",\"device\":" + optional_string(r.device) + ",\"chip\":" + optional_string(r.chip) +
