@@ -4,7 +4,7 @@ set -euo pipefail
 packages=(build-essential cmake ninja-build pkg-config qt6-base-dev libgl-dev
   libusb-1.0-0-dev libcli11-dev nlohmann-json3-dev gputils libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth clang-format clang libclang-rt-14-dev
-  umockdev libumockdev-dev sigrok-cli dpkg-dev desktop-file-utils)
+  umockdev libumockdev-dev sigrok-cli dpkg-dev desktop-file-utils locales)
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")

@@ -101,9 +101,11 @@ int main(int argc, char** argv) {
   bool pictures_ok = true;
   if (const char* folder = std::getenv("ZENTA_SCREENSHOTS"); folder && *folder) {
     // The timer fires after this block has ended: the folder goes in by value.
-    QTimer::singleShot(300, [&windows, &host, &pictures_ok, out = QString::fromLocal8Bit(folder)] {
-      pictures_ok = zenta::take_screenshots(windows, host, out);
-    });
+    auto* sim = dynamic_cast<zenta::sim::SimUnit*>(choice.driver.get());
+    QTimer::singleShot(300,
+                       [&windows, &host, &pictures_ok, sim, out = QString::fromLocal8Bit(folder)] {
+                         pictures_ok = zenta::take_screenshots(windows, host, out, sim);
+                       });
   }
   const int status = QApplication::exec();
   // Closing the main window has shut the unit down; this covers an end of

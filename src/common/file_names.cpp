@@ -43,4 +43,28 @@ std::string resolve_case_insensitive(const std::string& path) {
       .string();
 }
 
+std::string file_extension(const std::string& path) {
+  const std::string name = std::filesystem::path(path).filename().string();
+  const auto dot = name.rfind('.');
+  // A leading dot names a hidden file, not an extension.
+  if (dot == std::string::npos || dot == 0) return "";
+  return lower(name.substr(dot));
+}
+
+std::string with_chosen_extension(const std::string& path, const std::string& filter,
+                                  std::size_t choice) {
+  if (path.empty() || !file_extension(path).empty()) return path;
+  // "Caption|patterns|Caption|patterns|": the choice's patterns are field 2 x choice + 1.
+  std::size_t start = 0;
+  for (std::size_t field = 0; field < 2 * choice + 1; ++field) {
+    start = filter.find('|', start);
+    if (start == std::string::npos) return path;
+    ++start;
+  }
+  const std::string patterns = filter.substr(start, filter.find_first_of("|;", start) - start);
+  const auto dot = patterns.rfind('.');
+  if (dot == std::string::npos || patterns.find('*', dot) != std::string::npos) return path;
+  return path + patterns.substr(dot);
+}
+
 }  // namespace zenta

@@ -2,6 +2,7 @@
 // File names the panel derives itself (blink.HEX, blink.ERR) were matched
 // without regard to case on the system the panel comes from; the tools on
 // other systems write them in their own case (gputils writes blink.hex).
+#include <cstddef>
 #include <string>
 
 namespace zenta {
@@ -15,5 +16,14 @@ std::string join_folder(const std::string& folder, const std::string& name);
 // equals its last component without regard to case (the first in name order
 // when several do); otherwise `path` unchanged.
 std::string resolve_case_insensitive(const std::string& path);
+
+// The extension of a path's file name, dot included, in lower case; empty
+// when the name has none.
+std::string file_extension(const std::string& path);
+
+// `path` with the extension of the dialog filter's choice ("VCD file|*.vcd|
+// CSV file|*.csv|", choice 1: ".csv") added when its file name has none.
+std::string with_chosen_extension(const std::string& path, const std::string& filter,
+                                  std::size_t choice);
 
 }  // namespace zenta

@@ -1,6 +1,7 @@
 #pragma once
 // What the core asks of the platform. The Qt layer implements it for the
 // panel, the command-line program prints instead, and tests use fakes.
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -9,6 +10,13 @@
 namespace zenta {
 
 enum class MessageIcon { kStop, kInformation, kExclamation };
+
+// A save dialog's answer: the path, and which of the filter's choices the
+// user had chosen (0 the first).
+struct SaveAnswer {
+  std::string path;
+  std::size_t choice = 0;
+};
 
 // The panel's windows besides the main one.
 enum class WindowId {
@@ -38,6 +46,11 @@ class Host {
   // return the chosen path, or an empty text when the user cancelled.
   virtual std::string open_file_dialog(const std::string& filter) = 0;
   virtual std::string save_file_dialog(const std::string& filter) = 0;
+  // The save dialog with the choice of filter; hosts that cannot tell it
+  // answer the first.
+  virtual SaveAnswer save_file_choice(const std::string& filter) {
+    return {save_file_dialog(filter), 0};
+  }
   // Starts a program without waiting for it; false when it cannot start.
   virtual bool start_program(const std::string& command_line, bool minimized) = 0;
   // Starts `command` (a program and its options, split into words as a

@@ -1,9 +1,12 @@
 #include "common/number_text.h"
 
+#include <algorithm>
+#include <array>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
+#include <limits>
 
 namespace zenta {
 
@@ -67,7 +70,45 @@ double leading_number(const std::string& text) {
          (number.back() == 'e' || number.back() == '+' || number.back() == '-')) {
     number.pop_back();
   }
-  return std::strtod(number.c_str(), nullptr);
+  if (number.front() == '+') number.erase(0, 1);
+  double value = 0;
+  const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), value);
+  if (error == std::errc::result_out_of_range) {
+    // Too large gives infinity, too small zero, as the text's sign says.
+    const bool negative = number.front() == '-';
+    const std::size_t e = number.find('e');
+    // The exponent has digits after it: a bare one was taken off above.
+    const bool tiny = e != std::string::npos && number[e + 1] == '-';
+    value = tiny ? 0.0 : std::numeric_limits<double>::infinity();
+    return negative ? -value : value;
+  }
+  return value;
+}
+
+std::optional<double> parse_decimal(std::string_view text) {
+  if (text.empty() || text.front() == '+') return std::nullopt;
+  double value = 0;
+  const char* last = text.data() + text.size();
+  const auto [end, error] = std::from_chars(text.data(), last, value);
+  if (error != std::errc() || end != last || !std::isfinite(value)) return std::nullopt;
+  return value;
+}
+
+// Room for the largest double's 309 integer digits and the decimals asked.
+std::string fixed_text(double value, int decimals) {
+  std::array<char, 400> text{};
+  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value,
+                                          std::chars_format::fixed, std::clamp(decimals, 0, 60));
+  return std::string(text.data(), error == std::errc() ? end : text.data());
+}
+
+std::string general_text(double value, int digits) {
+  std::array<char, 64> text{};
+  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value,
+                                          std::chars_format::general, digits);
+  std::string result(text.data(), error == std::errc() ? end : text.data());
+  for (char& c : result) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  return result;
 }
 
 double round_half_even(double value) {

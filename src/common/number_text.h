@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace zenta {
 
@@ -21,8 +22,19 @@ std::optional<std::int16_t> read_hex16(const std::string& text);
 
 // Leading decimal number of a text (sign, digits, decimal point, exponent;
 // leading blanks skipped); 0 when there is none. "&H" starts a hexadecimal
-// number.
+// number. The point is always the decimal point, whatever the locale.
 double leading_number(const std::string& text);
+
+// Numbers in files, protocol values and the documented texts are read and
+// written with a point, never with the locale's separator (the panel's
+// toolkit sets the C library's locale from the environment at start-up).
+// The whole text as a finite decimal number ("4.4", "-1e3"); nullopt for
+// anything else, a comma included.
+std::optional<double> parse_decimal(std::string_view text);
+// As printf's "%.*f" in the C locale.
+std::string fixed_text(double value, int decimals);
+// As printf's "%.*G" in the C locale: up to `digits` significant digits.
+std::string general_text(double value, int digits);
 
 // Round to the nearest integer, an exact half going to the even neighbour.
 double round_half_even(double value);

@@ -9,23 +9,35 @@
 
 namespace zenta {
 
+namespace {
+// The period's unit, 0.1 ms, is a timescale VCD allows (1, 10 or 100 of a unit).
+constexpr int kPeriodUnitUs = 100;
+
+int period_steps(std::uint8_t period) {
+  return period == 0 ? 1 : period;
+}
+}  // namespace
+
 int sample_interval_us(std::uint8_t period) {
-  return (period == 0 ? 1 : period) * 100;
+  return period_steps(period) * kPeriodUnitUs;
 }
 
-std::string vcd_text(const std::vector<bool>& samples, std::uint8_t period, bool positive_edge) {
-  std::string text;
-  text += "$comment ZENTA logic view capture, trigger ";
-  text += positive_edge ? "POS" : "NEG";
+std::string vcd_text(const std::vector<bool>& samples, std::uint8_t period, bool positive_edge,
+                     bool pattern) {
+  std::string text = "$comment ZENTA logic view ";
+  text += pattern         ? "DATA SET pattern, not a capture"
+          : positive_edge ? "capture, trigger POS"
+                          : "capture, trigger NEG";
   text += " $end\n";
-  text += "$timescale " + std::to_string(sample_interval_us(period)) + " us $end\n";
+  text += "$timescale " + std::to_string(kPeriodUnitUs) + " us $end\n";
+  const std::size_t step = static_cast<std::size_t>(period_steps(period));
   text += "$scope module zenta $end\n$var wire 1 ! LA $end\n$upscope $end\n$enddefinitions $end\n";
   for (std::size_t i = 0; i < samples.size(); ++i) {
     if (i == 0 || samples[i] != samples[i - 1]) {
-      text += "#" + std::to_string(i) + "\n" + (samples[i] ? "1" : "0") + "!\n";
+      text += "#" + std::to_string(i * step) + "\n" + (samples[i] ? "1" : "0") + "!\n";
     }
   }
-  text += "#" + std::to_string(samples.size()) + "\n";
+  text += "#" + std::to_string(samples.size() * step) + "\n";
   return text;
 }
 

@@ -1,10 +1,10 @@
 #include "instruments/logic_view.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 
 #include "common/atomic_file.h"
+#include "common/file_names.h"
 #include "common/number_text.h"
 #include "instruments/capture_export.h"
 #include "link/command_codes.h"
@@ -25,6 +25,8 @@ constexpr int kLabelY = 1500;
 constexpr int kPatternCopies = 5;
 constexpr int kPatternSpacing = 64;
 constexpr int kMaxPatternLength = kLaStoreSize - 1 - (kPatternCopies - 1) * kPatternSpacing;
+
+constexpr const char* kExportFilter = "VCD file|*.vcd|CSV file|*.csv|";
 
 int round_twips(double x) {
   return static_cast<int>(round_half_even(x));
@@ -92,6 +94,7 @@ void LogicView::Form_Load() {
   LaPatternLength = 64;
   pos = true;
   shape2 = kLaReadyColor;
+  set_content(LaContent::kNothing);
   SAMPLEDSP();
 }
 
@@ -110,13 +113,15 @@ void LogicView::Command7_Click(const std::function<void()>& paint) {
   last_positive = pos;
   const LaCapture result = capture_exchanges(unit_.link(), period.byte, pos);
   unpack_capture(result.bytes, LaSamples);
-  captured = true;
+  set_content(result.result == ExchangeResult::kDone ? LaContent::kCapture
+                                                     : LaContent::kFailedCapture);
   SAMPLEDSP();
   shape2 = LaIdleColor;
 }
 
 void LogicView::Command9_Click() {
   for (int i = 0; i < kClearedEntries; ++i) LaSamples[static_cast<std::size_t>(i)] = '0';
+  set_content(LaContent::kNothing);
   SAMPLEDSP();
 }
 
@@ -130,6 +135,7 @@ void LogicView::Command25_Click() {
       LaSamples[static_cast<std::size_t>(i + copy * kPatternSpacing)] = c;
     }
   }
+  set_content(LaContent::kPattern);
   SAMPLEDSP();
 }
 
@@ -204,14 +210,48 @@ void LogicView::DRAWPIC(const LaSampleStore& s) {
 
 void LogicView::Export_Click() {
   Host& host = unit_.host();
-  const std::string path = host.save_file_dialog("VCD file|*.vcd|CSV file|*.csv|");
-  if (path.empty()) return;
-  std::string extension = path.size() >= 4 ? path.substr(path.size() - 4) : "";
-  for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  const std::string text = extension == ".csv" ? csv_text(samples(), last_period)
-                                               : vcd_text(samples(), last_period, last_positive);
+  if (content == LaContent::kFailedCapture || content == LaContent::kNothing) {
+    host.message_box(content == LaContent::kNothing
+                         ? "Nothing has been captured: press TRIG first."
+                         : "The last capture failed: the samples are not the input's. "
+                           "Press TRIG to capture again.",
+                     "EXPORT ERROR", MessageIcon::kStop);
+    return;
+  }
+  const bool pattern = content == LaContent::kPattern;
+  const SaveAnswer answer = host.save_file_choice(kExportFilter);
+  if (answer.path.empty()) return;
+  const std::string path = with_chosen_extension(answer.path, kExportFilter, answer.choice);
+  const std::string extension = file_extension(path);
+  const bool csv = extension == ".csv" || (extension != ".vcd" && answer.choice == 1);
+  const std::string text = csv ? csv_text(samples(), last_period)
+                               : vcd_text(samples(), last_period, last_positive, pattern);
   if (!write_file_atomically(path, text)) {
     host.message_box("Cannot write " + path, "FILE ERROR", MessageIcon::kStop);
+    return;
+  }
+  Label_note =
+      (pattern ? "Saved the DATA SET pattern, not a capture, to " : "Saved the capture to ") + path;
+}
+
+// What the store now holds, as the window says it.
+void LogicView::set_content(LaContent held) {
+  content = held;
+  switch (held) {
+    case LaContent::kNothing:
+      Label_note.clear();
+      break;
+    case LaContent::kCapture:
+      Label_note = "Capture: 480 samples, one every " +
+                   fixed_text(sample_interval_us(last_period) / 1000.0, 1) + " ms, trigger " +
+                   (last_positive ? "POS" : "NEG");
+      break;
+    case LaContent::kFailedCapture:
+      Label_note = "Capture failed: the trace is not the input";
+      break;
+    case LaContent::kPattern:
+      Label_note = "DATA SET pattern, not a capture";
+      break;
   }
 }
 

@@ -65,6 +65,10 @@ LaCapture capture(Unit& unit, std::uint8_t period, bool positive_edge);
 // The 480 samples of a capture, sample 0 first.
 std::vector<bool> capture_samples(const CaptureBytes& bytes);
 
+// What the sample store holds: the exports save only a good capture as
+// one, and the window says which it is.
+enum class LaContent { kNothing, kCapture, kFailedCapture, kPattern };
+
 struct DrawLine {
   int x1, y1, x2, y2;
   std::uint32_t color;
@@ -100,7 +104,9 @@ class LogicView {
   // Period byte and edge of the last capture, for the exports.
   std::uint8_t last_period = 1;
   bool last_positive = true;
-  bool captured = false;
+  LaContent content = LaContent::kNothing;
+  // Below the controls: what the store holds, or what EXPORT saved.
+  std::string Label_note;
 
   // Drawing state shared by SAMPLEDSP and DRAWPIC.
   int LaCursorX = 0;
@@ -123,7 +129,9 @@ class LogicView {
   void Option2_Click() { pos = false; }
   void MAG_Check_Click(bool checked);
   void extend_Click();
-  // Saves the samples as VCD, or as CSV when the chosen name ends in .csv.
+  // Saves a capture as VCD or CSV, by the name's extension or else the
+  // chosen filter; refuses a failed capture and a store that holds none,
+  // and marks the DATA SET pattern as what it is.
   void Export_Click();
   void SAMPLEDSP();
   void DRAWPIC(const LaSampleStore& samples);
@@ -133,6 +141,7 @@ class LogicView {
 
  private:
   void line(double x1, int y1, double x2, int y2, std::uint32_t color);
+  void set_content(LaContent held);
   Unit& unit_;
 };
 

@@ -2,8 +2,8 @@
 
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 
+#include "common/file_names.h"
 #include "common/number_text.h"
 #include "link/command_codes.h"
 
@@ -67,17 +67,13 @@ std::string format_fixed(double value, int decimals) {
   const double scale = std::pow(10.0, decimals);
   // Through the shortest text of the single-precision value, so 0.05 as a
   // float (0.0500000007) and an exact half both round as written.
-  const double shown = std::stod(number_text(value, 7));
+  const double shown = parse_decimal(general_text(value, 7)).value_or(value);
   const double rounded = std::round(shown * scale) / scale;
-  char text[64];
-  std::snprintf(text, sizeof text, "%.*f", decimals, rounded == 0 ? 0.0 : rounded);
-  return text;
+  return fixed_text(rounded == 0 ? 0.0 : rounded, decimals);
 }
 
 std::string number_text(double value, int digits) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%.*G", digits, value);
-  return text;
+  return general_text(value, digits);
 }
 
 MeterLog::MeterLog() {
@@ -104,9 +100,8 @@ void MeterLog::stop() {
 
 void MeterLog::add(const std::string& source, double raw, const std::string& shown) {
   if (!file_.is_open()) return;
-  char time[32];
-  std::snprintf(time, sizeof time, "%.3f", clock() - start_);
-  file_ << time << ',' << source << ',' << number_text(raw, 15) << ',' << shown << '\n';
+  file_ << fixed_text(clock() - start_, 3) << ',' << source << ',' << number_text(raw, 15) << ','
+        << shown << '\n';
   // Flushed line by line: a log that is cut off still holds every reading so far.
   file_.flush();
 }
@@ -116,8 +111,10 @@ void toggle_log(MeterLog& log, Host& host) {
     log.stop();
     return;
   }
-  const std::string path = host.save_file_dialog("CSV file|*.csv|");
-  if (path.empty()) return;
+  constexpr const char* kFilter = "CSV file|*.csv|";
+  const SaveAnswer answer = host.save_file_choice(kFilter);
+  if (answer.path.empty()) return;
+  const std::string path = with_chosen_extension(answer.path, kFilter, answer.choice);
   if (!log.start(path)) {
     host.message_box("Cannot write " + path, "LOG ERROR", MessageIcon::kStop);
   }

@@ -6,10 +6,6 @@
 
 namespace zenta {
 
-namespace {
-constexpr const char* kAttKey = "VOLTATT";
-}
-
 // The unit's converter reports 0..65535 taken as unsigned; a reading past
 // the bar's end (raw 12750) keeps the bar full.
 VoltReading volt_reading(std::uint16_t raw, float attenuation) {
@@ -32,12 +28,12 @@ void VoltMeter::Form_Load() {
   height = kVmHeight;
   autoread.load();
   VmAtt = static_cast<float>(leading_number(Text_COMP));
-  const std::string stored = settings_.get(kSettingsApp, kSettingsSection, kAttKey);
+  const std::string stored = settings_.get(kSettingsApp, kSettingsSection, kVoltAttKey);
   if (!stored.empty()) {
     Text_COMP = stored;
     VmAtt = static_cast<float>(leading_number(Text_COMP));
   } else {
-    settings_.save(kSettingsApp, kSettingsSection, kAttKey, Text_COMP);
+    settings_.save(kSettingsApp, kSettingsSection, kVoltAttKey, Text_COMP);
   }
 }
 
@@ -73,7 +69,7 @@ void VoltMeter::Command_COMP_Click() {
 
 void VoltMeter::Text_COMP_Change(const std::string& text) {
   Text_COMP = text;
-  settings_.save(kSettingsApp, kSettingsSection, kAttKey, text);
+  settings_.save(kSettingsApp, kSettingsSection, kVoltAttKey, text);
 }
 
 void VoltMeter::Volt_Bar_MouseDown() {

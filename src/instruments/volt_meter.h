@@ -21,6 +21,9 @@ inline constexpr int kVmHeight = 2655;
 inline constexpr int kVmDiagnosticWidth = 3600;
 inline constexpr int kVmDiagnosticHeight = 3500;
 inline constexpr int kVoltBarMax = 255;
+// The attenuation's settings key, and its text until one is stored.
+inline constexpr const char* kVoltAttKey = "VOLTATT";
+inline constexpr const char* kDefaultVoltAtt = "4.4";
 
 // What one reading shows, from the raw value and the attenuation.
 struct VoltReading {
@@ -41,7 +44,7 @@ class VoltMeter {
   std::string VMtext = "0";
   int bar = 0;
   std::string Text1 = "Text1", Text2 = "Text1", Text3 = "Text1";
-  std::string Text_COMP = "4.4";
+  std::string Text_COMP = kDefaultVoltAtt;
   std::string comp_tag = "0";
   int width = kVmNarrowWidth;
   int height = kVmHeight;

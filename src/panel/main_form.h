@@ -135,6 +135,9 @@ class MainForm : private OperationReport {
   void C_Button_Click();
   void EditorButton_Click();
   void New_EditorButton_Click();
+  // The instrument menu items: a window that would send to the unit does
+  // not open while a chip operation holds it, and the status line says so.
+  void open_instrument(WindowId id, const std::string& caption);
   Toolchain& toolchain();
 
  private:
@@ -156,6 +159,8 @@ class MainForm : private OperationReport {
   // calibration not written back, a target that may still be powered.
   void warn_after(const CommandResult& result);
   void show_findings(const std::vector<std::string>& findings);
+  // Why a command did nothing, on the status line.
+  void status(const std::string& text);
   void take_image_facts();
   bool hex_file_ok(const InputFile& file);
   void select_device(int index);

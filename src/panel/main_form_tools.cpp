@@ -23,6 +23,7 @@ Toolchain& MainForm::toolchain() {
     panel.load_hex = [this] { LOAD_HEX(); };
     panel.busy = [this] { return view_.busy; };
     panel.exact = [this] { return view_.exact; };
+    panel.status = [this](const std::string& text) { status(text); };
     toolchain_ = std::make_unique<Toolchain>(tools_, state_, host_, std::move(panel));
   }
   return *toolchain_;
@@ -45,6 +46,19 @@ void MainForm::EditorButton_Click() {
 
 void MainForm::New_EditorButton_Click() {
   toolchain().New_EditorButton_Click();
+  changed();
+}
+
+void MainForm::open_instrument(WindowId id, const std::string& caption) {
+  if (view_.busy) {
+    status(caption + " not opened: a chip operation is running");
+    return;
+  }
+  host_.show_window(id);
+}
+
+void MainForm::status(const std::string& text) {
+  view_.StatusLine = text;
   changed();
 }
 

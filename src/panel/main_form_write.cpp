@@ -9,6 +9,9 @@ namespace zenta {
 CommandResult MainForm::WriteButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
+  // A tool run is writing the image to be written: the write waits for it.
+  if (state_.WaitTicks != 0)
+    status("WRITE refused: the tool run has not ended; its HEX file loads when it has");
   if (view_.exact) return run_write(ops_, read_hex16(view_.LastAddrText));
   return safe_write();
 }

@@ -1,5 +1,7 @@
 #include "platform/qt_host.h"
 
+#include <algorithm>
+
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDir>
@@ -61,15 +63,20 @@ void QtHost::beep() {
 
 std::string QtHost::open_file_dialog(const std::string& filter) {
   if (open_dialog_hook) return open_dialog_hook(filter);
-  return file_dialog(false, filter);
+  return file_dialog(false, filter).path;
 }
 
 std::string QtHost::save_file_dialog(const std::string& filter) {
-  if (save_dialog_hook) return save_dialog_hook(filter);
+  return save_file_choice(filter).path;
+}
+
+SaveAnswer QtHost::save_file_choice(const std::string& filter) {
+  if (save_choice_hook) return save_choice_hook(filter);
+  if (save_dialog_hook) return {save_dialog_hook(filter), 0};
   return file_dialog(true, filter);
 }
 
-std::string QtHost::file_dialog(bool save, const std::string& filter) {
+SaveAnswer QtHost::file_dialog(bool save, const std::string& filter) {
   const std::string kind = save ? "SAVE" : "OPEN";
   const QString filters = name_filters(filter);
   std::vector<std::string> choices;
@@ -91,7 +98,9 @@ std::string QtHost::file_dialog(bool save, const std::string& filter) {
     dialog_store_->save(kSettingsApp, kPanelSection, dialog_filter_key(kind),
                         selected.toStdString());
   }
-  return QDir::toNativeSeparators(path).toStdString();
+  const auto chosen = std::find(choices.begin(), choices.end(), selected.toStdString());
+  return {QDir::toNativeSeparators(path).toStdString(),
+          chosen == choices.end() ? 0 : static_cast<std::size_t>(chosen - choices.begin())};
 }
 
 bool QtHost::start_program(const std::string& command_line, bool /*minimized*/) {

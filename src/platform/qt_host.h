@@ -20,6 +20,7 @@ class QtHost : public Host {
   void beep() override;
   std::string open_file_dialog(const std::string& filter) override;
   std::string save_file_dialog(const std::string& filter) override;
+  SaveAnswer save_file_choice(const std::string& filter) override;
   bool start_program(const std::string& command_line, bool minimized) override;
   std::unique_ptr<ToolProcess> start_tool(const std::string& command, const std::string& argument,
                                           const std::string& folder) override;
@@ -43,13 +44,14 @@ class QtHost : public Host {
   // Gets the filter as the core gave it; returns the chosen path or "".
   std::function<std::string(const std::string& filter)> open_dialog_hook;
   std::function<std::string(const std::string& filter)> save_dialog_hook;
+  std::function<SaveAnswer(const std::string& filter)> save_choice_hook;
   std::function<bool(const std::string& url)> url_hook;
   // Runs before pending events are let through, so the windows show the
   // state of the operation that yields.
   std::function<void()> before_events;
 
  private:
-  std::string file_dialog(bool save, const std::string& filter);
+  SaveAnswer file_dialog(bool save, const std::string& filter);
 
   QWidget* parent_ = nullptr;
   SettingsStore* dialog_store_ = nullptr;

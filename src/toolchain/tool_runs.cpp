@@ -59,6 +59,12 @@ void Toolchain::start_run(ToolKind kind) {
   // One run at a time: a second would overwrite the first one's files.
   if (path.empty() || run_) {
     host_.beep();
+    if (run_ && panel_.status) {
+      panel_.status(std::string(kind == ToolKind::kAssembler ? "Assembler" : "C compiler") +
+                    " not started: the " +
+                    (run_->kind == ToolKind::kAssembler ? "assembler" : "C compiler") +
+                    " run before it has not ended");
+    }
     return;
   }
   // Checked, a tool runs in its source's folder, so that what it writes

@@ -24,6 +24,8 @@ struct ToolPanel {
   std::function<void(const std::string&, std::uint32_t)> notes;
   std::function<void(const std::string&)> test_box;  // TEST
   std::function<void()> load_hex;                    // LOAD_HEX of HexFileName
+  // The status line under the notes line: why a button did nothing.
+  std::function<void(const std::string&)> status;
   // True while a chip operation runs; a finished run loads its image after it.
   std::function<bool()> busy;
   // The "exact" setting: the documented editor and runs, none of the checks.

@@ -174,58 +174,6 @@ TEST(CliHonestTest, FailuresSayWhyAndPrintNoOutcomeLine) {
   }
 }
 
-// The words of an INHX8M file, read by the panel's loader.
-ProgrammerState image_of(const std::string& text) {
-  ProgrammerState state;
-  blank_program_image(state);
-  std::istringstream in(text);
-  EXPECT_TRUE(load_hex_records(in, state).ok);
-  return state;
-}
-
-// The erase keeps a calibrated chip's calibration word and band-gap bits
-// unless --exact asks for the documented erase.
-TEST(CliHonestTest, EraseKeepsTheCalibrationUnlessExact) {
-  for (const bool exact : {false, true}) {
-    SCOPED_TRACE(exact ? "exact" : "checked");
-    SimRun run("12F675");
-    run.unit->set_program_word(0x3FF, 0x3480);
-    run.unit->set_config_word(0x11FF);
-    std::vector<std::string> args = {"--device", "12F629/675", "erase"};
-    if (exact) args.insert(args.begin(), "--exact");
-    const Outcome result = run(args);
-    EXPECT_EQ(result.status, kExitOk) << result.err;
-    EXPECT_EQ(result.out, "Chip Erase Complete\n");
-    EXPECT_EQ(run.unit->program_word(0x3FF), exact ? 0x3FFF : 0x3480);
-    EXPECT_EQ(run.unit->config_word(), exact ? 0x3FFF : 0x1FFF);
-  }
-}
-
-TEST(CliHonestTest, ReadFileHoldsTheWholeChipAndWritesItAgain) {
-  TempDir dir;
-  SimRun source("16F628A");
-  program_chip(*source.unit);
-  source.unit->set_program_word(0x7FF, 0x1234);
-  for (int i = 0; i < 128; i += 9) source.unit->set_eeprom_byte(i, i);
-  const std::string file = dir.file("chip.hex");
-  const Outcome read = source({"--device", "16F628A", "read", "-o", file});
-  ASSERT_EQ(read.status, kExitOk) << read.err;
-  EXPECT_EQ(read.out, "Read Complete\n");
-  const ProgrammerState image = image_of(read_text(file));
-  EXPECT_EQ(image.word(0x2007), kConfig);
-  for (int i = 0; i < 128; ++i) {
-    ASSERT_EQ(image.word(0x2100 + i), i % 9 == 0 ? i : 0x3FFF) << "EEPROM byte " << i;
-  }
-
-  SimRun copy("16F628A");
-  const Outcome written = copy({"--device", "16F628A", "write", file});
-  ASSERT_EQ(written.status, kExitOk) << written.err;
-  for (int w = 0; w < 0x800; ++w) {
-    ASSERT_EQ(copy.unit->program_word(w), source.unit->program_word(w)) << "word " << w;
-  }
-  EXPECT_EQ(copy.unit->config_word(), kConfig);
-}
-
 TEST(CliHonestTest, FailedReadLeavesTheFileAsItWas) {
   // Exchanges of the program read, of the configuration read and of the
   // EEPROM read that follow it.

@@ -7,6 +7,7 @@
 
 #include "cli/record.h"
 #include "cli_rig.h"
+#include "env_guard.h"
 #include "fakes.h"
 #include "image/hex_writer.h"
 #include "instruments/logic_view.h"
@@ -178,6 +179,51 @@ TEST(CliUnitsTest, InstrumentsAnswerFromTheSimulatedUnit) {
   EXPECT_EQ(volts.out, "Vpp 0.0 V\n");
 }
 
+// Without --att the reading takes the panel's stored attenuation, as its
+// volt meter does, and leaves the settings file as it was.
+TEST(CliUnitsTest, VoltsTakesThePanelsStoredAttenuationUnlessGiven) {
+  const struct {
+    const char* stored;  // the file's [DATA] lines; nullptr: no file
+    std::vector<std::string> att;
+    const char* out;
+    const char* xdg = "";  // XDG_CONFIG_HOME under the home folder; nullptr: unset
+  } cases[] = {
+      {nullptr, {}, "Vin 5.0 V\n"},
+      {"VOLTATT=1\n", {}, "Vin 1.1 V\n"},
+      {"DEVICE=1\nVOLTATT = \"5\"\n", {}, "Vin 5.7 V\n"},
+      {"VOLTATT=1\n", {"--att", "2"}, "Vin 2.3 V\n"},
+      {"VOLTATT=\n", {}, "Vin 5.0 V\n"},
+      {"VOLTATT=\"2,5\"\n", {}, "Vin 2.3 V\n"},  // read as the meter reads it
+      {"VOLTATT=1\n", {}, "Vin 1.1 V\n", nullptr},
+      {"VOLTATT=1\n", {}, "Vin 1.1 V\n", "relative"},  // not absolute: ignored
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.stored ? c.stored : "no file");
+    TempDir dir;
+    const std::string config = c.xdg && *c.xdg ? c.xdg : ".config";
+    zenta::testing::EnvGuard home("HOME", dir.path().c_str());
+    zenta::testing::EnvGuard xdg("XDG_CONFIG_HOME", !c.xdg   ? nullptr
+                                                    : *c.xdg ? c.xdg
+                                                             : dir.file(config).c_str());
+    const std::string file = dir.file(".config/ZENTA/ZENTA.conf");
+    const std::string text =
+        std::string("[PANEL]\nVOLTATT=9\n[DATA]\n") + (c.stored ? c.stored : "");
+    if (c.stored) {
+      std::filesystem::create_directories(dir.file(".config/ZENTA"));
+      write_text(file, text);
+    }
+    std::vector<std::string> args = {"--unit", "sim", "volts"};
+    args.insert(args.end(), c.att.begin(), c.att.end());
+    const Outcome result = run_args(args);
+    EXPECT_EQ(result.status, kExitOk) << result.err;
+    EXPECT_EQ(result.out, c.out);
+    EXPECT_EQ(std::filesystem::exists(file), c.stored != nullptr);
+    if (c.stored) {
+      EXPECT_EQ(read_text(file), text) << "the settings are the panel's";
+    }
+  }
+}
+
 // The capture written as VCD reads back in sigrok with the same samples as
 // the simulated unit's capture.
 TEST(CliUnitsTest, CaptureFileReadsBackInSigrok) {
@@ -194,7 +240,8 @@ TEST(CliUnitsTest, CaptureFileReadsBackInSigrok) {
   const LaCapture expected = capture(unit, 3, false);
   ASSERT_EQ(expected.result, ExchangeResult::kDone);
   std::string levels;
-  for (const bool high : capture_samples(expected.bytes)) levels += high ? '1' : '0';
+  // One time step is 0.1 ms: each sample of period 3 stands for three.
+  for (const bool high : capture_samples(expected.bytes)) levels += high ? "111" : "000";
 
   const auto sigrok = zenta::testing::run_command("sigrok-cli -i '" + dir.file("x.vcd") +
                                                   "' -O bits:width=0 2>/dev/null");

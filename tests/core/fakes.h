@@ -95,6 +95,16 @@ class FakeHost : public Host {
     save_filters.push_back(filter);
     return take(save_answers);
   }
+  // The filter choice of each save answer, 0 when none is queued.
+  std::deque<std::size_t> save_choices;
+  SaveAnswer save_file_choice(const std::string& filter) override {
+    std::size_t choice = 0;
+    if (!save_choices.empty()) {
+      choice = save_choices.front();
+      save_choices.pop_front();
+    }
+    return {save_file_dialog(filter), choice};
+  }
   bool start_program(const std::string& command_line, bool minimized) override {
     started.push_back({command_line, minimized});
     return start_result;

@@ -13,6 +13,7 @@
 #include "cli_rig.h"
 #include "common/interrupt.h"
 #include "fakes.h"
+#include "image/hex_check.h"
 #include "image/hex_loader.h"
 #include "image/hex_writer.h"
 #include "link/command_codes.h"
@@ -205,17 +206,24 @@ TEST(SafeEdges, ImagesReachingTheLastWordAreWrittenWholeOnEveryChip) {
 }
 
 // A full chip read into a file and written into a blank one: the clone
-// holds every word, the last one included, and the configuration word.
+// holds every word, the last one included, and the configuration word; the
+// file holds the chip's memories even where its entry's are larger.
 TEST(SafeEdges, AFullChipClonesWhole) {
-  for (const char* name : {"16F877A", "16F628A", "16F819"}) {
+  for (const char* name : {"16F877A", "16F873A", "16F628A", "16F819"}) {
     SCOPED_TRACE(name);
     TempDir dir;
     cli::testing::SimRun original(name);
     const int words = original.unit->chip().program_words;
     for (int w = 0; w < words; ++w) original.unit->set_program_word(w, (w * 7 + 1) & 0x3FFF);
-    original.unit->set_config_word(0x3F72 & 0x3FFF);
+    original.unit->set_config_word(0x3F72);
+    for (int a = 0; a < original.unit->chip().eeprom_bytes; ++a)
+      original.unit->set_eeprom_byte(a, a & 0x7F);
     const int config = original.unit->config_word();
     ASSERT_EQ(original({"--device", name, "read", "-o", dir.file("clone.hex")}).status, 0);
+    // The file holds the chip's own memories, not its entry's.
+    const HexCheck file = check_hex_text(read_text(dir.file("clone.hex")), {0x2000, 256, ""});
+    EXPECT_EQ(static_cast<int>(file.eeprom.size()), original.unit->chip().eeprom_bytes);
+    EXPECT_EQ(static_cast<int>(file.program.size()), words);
     cli::testing::SimRun blank(name);
     const auto written = blank({"--device", name, "write", dir.file("clone.hex")});
     ASSERT_EQ(written.status, 0) << written.err;

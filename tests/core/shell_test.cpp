@@ -2,6 +2,11 @@
 // calculator.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+#include <sstream>
+
+#include "cli/args.h"
 #include "core/fakes.h"
 #include "core/temp_dir.h"
 #include "panel/shell.h"
@@ -31,6 +36,54 @@ TEST(HelpForm, EachLineEndsInCrLfAndAMissingFileLeavesTheTextEmpty) {
     EXPECT_EQ(form.Text1(), c.text1);
     ASSERT_EQ(host.boxes.size(), boxes + (c.file ? 0 : 1));
     EXPECT_TRUE(c.file || host.boxes.back().text == "File not found");
+  }
+}
+
+// The help text has a section on each instrument window and names the
+// controls that have no caption of their own elsewhere; the manual page has
+// an entry for every command of the zenta program.
+TEST(HelpForm, HelpTextAndManualPageCoverEveryWindowAndCommand) {
+  const std::string help = read_text(ZENTA_TEST_DATA "/../../data/ZENTA.TXT");
+  std::set<std::string> headings;
+  std::istringstream lines(help);
+  for (std::string line; std::getline(lines, line);) {
+    const bool heading =
+        !line.empty() && std::none_of(line.begin(), line.end(),
+                                      [](unsigned char c) { return std::islower(c) != 0; });
+    if (heading) headings.insert(line.substr(0, line.find(" (")));
+  }
+  for (const char* section : {"LOGIC VIEW", "VOLT METER", "FREQUENCY COUNTER", "COUNTER", "LOG"}) {
+    EXPECT_EQ(headings.count(section), 1u) << section;
+  }
+  for (const char* control : {"EXPORT", "MORE >>", "DATA SET", "SAMPLE DISPLAY", "COMP", "OVER"}) {
+    EXPECT_NE(help.find(control), std::string::npos) << control;
+  }
+
+  // The first word of each entry's tag, font changes and escapes taken out.
+  std::string man = read_text(ZENTA_TEST_DATA "/../../packaging/zenta.1");
+  std::set<std::string> entries;
+  std::istringstream page(man);
+  bool tag = false;
+  for (std::string line; std::getline(page, line);) {
+    if (tag) {
+      std::string word;
+      for (std::size_t i = line.rfind(".B", 0) == 0 ? line.find(' ') + 1 : 0; i < line.size();
+           ++i) {
+        if (line[i] == '\\') {
+          i += line[i + 1] == 'f' ? 2 : 0;
+          continue;
+        }
+        if (line[i] == ' ' || line[i] == '[' || line[i] == '"') break;
+        word += line[i];
+      }
+      entries.insert(word);
+    }
+    tag = line == ".TP";
+  }
+  for (auto command = static_cast<int>(cli::Command::kVersion);
+       command <= static_cast<int>(cli::Command::kCount); ++command) {
+    const std::string name = cli::command_name(static_cast<cli::Command>(command));
+    EXPECT_EQ(entries.count(name), 1u) << name;
   }
 }
 

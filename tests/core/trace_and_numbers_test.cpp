@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <iterator>
 #include <sstream>
 #include <thread>
 
+#include "common/file_names.h"
 #include "common/number_text.h"
 #include "fakes.h"
 #include "link/trace_driver.h"
@@ -97,9 +99,11 @@ TEST(NumberText, LeadingNumberAndRounding) {
     const char* text;
     double value;
   };
-  const Case cases[] = {{"6", 6},     {"-1", -1},    {"abc", 0},  {"", 0},
-                        {" 7", 7},    {"2.5x", 2.5}, {"1 2", 12}, {"1e2", 100},
-                        {"&H10", 16}, {"4.4", 4.4},  {"-", 0},    {"3e", 3}};
+  const Case cases[] = {
+      {"6", 6},       {"-1", -1},          {"abc", 0},           {"", 0},       {" 7", 7},
+      {"2.5x", 2.5},  {"1 2", 12},         {"1e2", 100},         {"&H10", 16},  {"4.4", 4.4},
+      {"-", 0},       {"3e", 3},           {"+2.5e1", 25},       {"-.5", -0.5}, {"1e-999", 0},
+      {"-1e-999", 0}, {"1e999", HUGE_VAL}, {"-1e999", -HUGE_VAL}};
   for (const Case& c : cases) {
     SCOPED_TRACE(c.text);
     EXPECT_DOUBLE_EQ(leading_number(c.text), c.value);
@@ -113,6 +117,42 @@ TEST(NumberText, LeadingNumberAndRounding) {
   EXPECT_EQ(hex_text(0x10A0), "10A0");
   EXPECT_EQ(hex_text(-1), "FFFFFFFF");
   EXPECT_EQ(hex_byte(0x0A), "0A");
+}
+
+// Texts in files and on the command line: the whole text, with the point.
+TEST(NumberText, DecimalsReadAndWrittenWithThePoint) {
+  EXPECT_EQ(parse_decimal("4.4"), 4.4);
+  EXPECT_EQ(parse_decimal("-1e3"), -1000);
+  for (const char* bad : {"", "4,4", "+1", "1.5x", " 1", "inf", "nan", "1e999"}) {
+    EXPECT_EQ(parse_decimal(bad), std::nullopt) << bad;
+  }
+  EXPECT_EQ(fixed_text(0.0005, 3), "0.001");
+  EXPECT_EQ(fixed_text(1299.99, 3), "1299.990");
+  EXPECT_EQ(fixed_text(-2.25, 0), "-2");
+  EXPECT_EQ(general_text(1.136408, 7), "1.136408");
+  EXPECT_EQ(general_text(1e20, 7), "1E+20");
+  EXPECT_EQ(general_text(0.196078431372549, 15), "0.196078431372549");
+}
+
+// A name typed without extension gets the chosen filter's; one typed with
+// an extension, or a filter without a fixed one, leaves it as it is.
+TEST(FileNames, ChosenFiltersExtensionGoesOnANameWithout) {
+  const char* filter = "VCD file|*.vcd|CSV file|*.csv;*.txt|ALL FILES|*.*|Logs|log|";
+  const struct {
+    const char* path;
+    std::size_t choice;
+    const char* result;
+  } cases[] = {
+      {"/w/run1", 0, "/w/run1.vcd"},       {"/w/run1", 1, "/w/run1.csv"},
+      {"/w/run1.CSV", 0, "/w/run1.CSV"},   {"/w/run1", 2, "/w/run1"},
+      {"/w/run1", 3, "/w/run1"},           {"/w/run1", 7, "/w/run1"},
+      {"/w.d/.run1", 1, "/w.d/.run1.csv"}, {"", 1, ""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(with_chosen_extension(c.path, filter, c.choice), c.result) << c.path << c.choice;
+  }
+  EXPECT_EQ(file_extension("/w.d/Run1.VCD"), ".vcd");
+  EXPECT_EQ(file_extension("/w.d/run1"), "");
 }
 
 }  // namespace

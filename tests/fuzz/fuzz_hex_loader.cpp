@@ -19,10 +19,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (state.LastAddress < 0 || state.LastAddress > zenta::kProgramBufferWords) std::abort();
     if (report.ok && report.first_address < -1) std::abort();
   }
-  std::istringstream in(text);
-  const zenta::HexCheck check = zenta::check_hex(in, {0x800, 128});
-  // A file the check passes holds only cells of that chip.
+  const zenta::HexCheck check = zenta::check_hex_text(text, {0x800, 128, ""});
+  // A file the check passes holds only cells of that chip, and the checked
+  // loader, which applies address records, keeps inside the image with it.
   if (check.ok()) {
+    zenta::ProgrammerState state;
+    const zenta::HexLoadReport report =
+        zenta::load_hex_text(text, state, {.extended_addresses = true});
+    if (!report.ok || state.LastAddress < 0 || state.LastAddress > zenta::kProgramBufferWords) {
+      std::abort();
+    }
     for (const auto& [address, word] : check.program) {
       if (address < 0 || address >= 0x800 || word > 0x3FFF) std::abort();
     }

@@ -23,7 +23,8 @@ execute_process(
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "zenta-panel ended with ${status}:\n${messages}")
 endif()
-foreach(picture main-collapsed main help version setup dataview eeview main-after)
+foreach(picture main-collapsed main help version setup dataview eeview main-after
+    fcounter logicview-failed)
   set(file "${WORK}/pictures/${picture}.png")
   if(NOT EXISTS "${file}")
     message(FATAL_ERROR "no ${picture}.png:\n${messages}")

@@ -3,8 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
+#include <QStyleOptionFrame>
+#include <algorithm>
 
+#include "instruments/ui/meter_windows.h"
 #include "link/command_codes.h"
 #include "ui/panel_rig.h"
 
@@ -117,6 +122,67 @@ TEST(InstrumentWindows, ChipCommandsAndInstrumentsNeverRunTogether) {
   rig.sim.clear_trace();
   trig->click();
   EXPECT_EQ(packets_with_code(rig.sim, UNIT_LA_START), 1);
+}
+
+// 1.3 MHz on the 100 mS gate is the widest reading: eight characters that
+// must show whole in the reading box.
+TEST(InstrumentWindows, FrequencyReadingOfEightCharactersShowsWhole) {
+  PanelRig rig;
+  rig.sim.set_input_frequency(1300000);
+  rig.click("CNT_MENU");
+  QWidget* fcnt = rig.find<QWidget>("Form_FCNT");
+  ASSERT_NE(fcnt, nullptr);
+  fcnt->findChild<QPushButton*>("Command_READ")->click();
+  auto* display = fcnt->findChild<QLineEdit*>("VMtext");
+  EXPECT_EQ(display->text(), "1299.990");
+  EXPECT_EQ(fcnt->findChild<QLabel*>("Label_unit")->text(), "KHz");
+  QStyleOptionFrame frame;
+  frame.initFrom(display);
+  frame.rect = display->rect();
+  frame.lineWidth = display->style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &frame, display);
+  const QRect contents =
+      display->style()->subElementRect(QStyle::SE_LineEditContents, &frame, display);
+  // The line edit keeps 2 pixels free on either side of its text.
+  EXPECT_LE(QFontMetrics(display->font()).horizontalAdvance(display->text()), contents.width() - 4);
+  EXPECT_TRUE(fcnt->rect().contains(display->geometry()));
+  fcnt->close();
+}
+
+// Readings shown, logged and converted with the point, whatever the locale
+// the toolkit handed to the C library (the suite runs once under de_DE).
+TEST(InstrumentWindows, NumbersShowAndLogWithThePoint) {
+  PanelRig rig;
+  TempDir dir;
+  rig.host.save_choice_hook = [&dir](const std::string&) { return SaveAnswer{dir.file("vm"), 0}; };
+  rig.click("VM_MANU");
+  auto* vm = qobject_cast<VoltMeterWindow*>(rig.find<QWidget>("VM"));
+  ASSERT_NE(vm, nullptr);
+  vm->findChild<QPushButton*>("Command_LOG")->click();
+  vm->findChild<QPushButton*>("Command_AUTO")->click();
+  vm->model().Timer_AUTO_Timer();
+  vm->render();
+  EXPECT_EQ(vm->findChild<QLineEdit*>("VMtext")->text(), "5.0");
+  EXPECT_EQ(vm->findChild<QLineEdit*>("Text1")->text(), "1.136408");
+  vm->close();
+  rig.settle();
+  const std::string log = read_text(dir.file("vm.csv"));
+  const std::string row = log.substr(log.find('\n') + 1);
+  EXPECT_EQ(std::count(row.begin(), row.end(), ','), 3) << row;
+  EXPECT_EQ(row.substr(row.find(',')), ",Vin,2899,5.0\n");
+
+  rig.click("Convertor");
+  QWidget* conv = rig.find<QWidget>("DataConv");
+  ASSERT_NE(conv, nullptr);
+  const std::pair<const char*, const char*> conversions[] = {
+      {"13.5", "E"}, {"2.5e1", "19"}, {"255.7", "100"}};
+  for (const auto& [dec, hex] : conversions) {
+    auto* box = conv->findChild<QLineEdit*>("Text1");
+    box->selectAll();
+    box->insert(dec);  // as typed
+    conv->findChild<QPushButton*>("Command1")->click();
+    EXPECT_EQ(conv->findChild<QLineEdit*>("Text2")->text().toStdString(), hex) << dec;
+  }
+  conv->close();
 }
 
 }  // namespace

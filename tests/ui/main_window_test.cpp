@@ -7,6 +7,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QTableView>
+#include <filesystem>
 
 #include "image/hex_writer.h"
 #include "image/ui/buffer_viewer.h"
@@ -217,6 +218,73 @@ TEST(MainWindow, ExactMenuItemAndTheStatusLine) {
   exact->trigger();
   rig.settle();
   EXPECT_FALSE(status->isVisible());
+}
+
+// What is refused while the unit or a tool run is busy says why on the
+// status line, beside the progress bar when an operation shows one.
+TEST(MainWindow, RefusedCommandsSayWhyOnTheStatusLine) {
+  struct Row {
+    const char* item;
+    const char* during;  // "READ" or "tool run"
+    const char* status;
+  };
+  const Row rows[] = {
+      {"LAview", "READ", "Logic View not opened: a chip operation is running"},
+      {"VM_MANU", "READ", "Volt meter not opened: a chip operation is running"},
+      {"CNT_MENU", "READ", "F-Counter not opened: a chip operation is running"},
+      {"CNT_MENU2", "READ", "Counter not opened: a chip operation is running"},
+      {"WriteButton", "tool run", "WRITE refused: the tool run has not ended"},
+      {"ASSMButton", "tool run",
+       "Assembler not started: the C compiler run before it has not ended"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.item);
+    PanelRig rig;
+    TempDir dir;
+    auto* status = rig.find<QLabel>("StatusLine");
+    auto* progress = rig.find<QProgressBar>("ProgressBar");
+    std::string said;
+    bool beside_progress = false;
+    const auto look = [&] {
+      said = status->isVisible() ? status->toolTip().toStdString() : "";
+      beside_progress =
+          progress->isVisible() && !progress->geometry().intersects(status->geometry());
+    };
+    if (std::string(row.during) == "READ") {
+      bool clicked = false;
+      const auto render = rig.host.before_events;
+      rig.host.before_events = [&] {
+        render();
+        if (clicked) return;
+        clicked = true;
+        rig.click(row.item);
+        look();
+      };
+      rig.form->READ_Click();
+      rig.host.before_events = render;
+      rig.settle();
+      EXPECT_EQ(rig.count("VM") + rig.count("Form_FCNT") + rig.count("Form_CNT") + rig.count("LA"),
+                0);
+      EXPECT_TRUE(beside_progress);
+    } else {
+      // A compiler that takes its time; the write must not take the image it replaces.
+      write_text(dir.file("cc"), "#!/bin/sh\nsleep 1\n");
+      std::filesystem::permissions(dir.file("cc"), std::filesystem::perms::owner_all);
+      rig.tools.CFolder = dir.path().string();
+      rig.tools.CCommand = "cc";
+      write_text(dir.file("main.c"), "void main(void) {}\n");
+      rig.find<QLineEdit>("FilenameTextbox")->setText(QString::fromStdString(dir.file("main.c")));
+      rig.click("C_Button");
+      ASSERT_TRUE(rig.form->toolchain().running());
+      rig.sim.clear_trace();
+      rig.click(row.item);
+      look();
+      EXPECT_TRUE(rig.sim.trace().empty());
+      while (rig.form->toolchain().running())
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+    }
+    EXPECT_EQ(said.rfind(row.status, 0), 0u) << said;
+  }
 }
 
 }  // namespace

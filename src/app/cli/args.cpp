@@ -56,7 +56,10 @@ constexpr CommandInfo kCommands[] = {
      "/etc/udev/rules.d/60-zenta.rules; ZENTA_USB_ID applies)",
      ""},
     {"capture", Command::kCapture, "480 logic samples, one every N x 0.1 ms", ""},
-    {"volts", Command::kVolts, "one A/D reading (default vin, attenuation 4.4)", ""},
+    {"volts", Command::kVolts,
+     "one A/D reading (default vin; attenuation: X, else the panel's stored volt meter setting, "
+     "else 4.4)",
+     ""},
     {"freq", Command::kFreq, "the frequency on the logic input", ""},
     {"count", Command::kCount, "the event counter", "'count' needs clear, start, stop or read"},
 };
@@ -252,13 +255,13 @@ class Parser {
               });
         value(sub, "--att", "X", "the divider's attenuation, above 0 and up to 1000",
               [this](const std::string& text) {
-                char* rest = nullptr;
-                const float att = std::strtof(text.c_str(), &rest);
-                // A divider's factor: finite and of a size a divider can have.
-                if (*rest != '\0' || !(att > 0 && att <= kMostAttenuation)) {
+                // A divider's factor: finite and of a size a divider can have,
+                // read with the point whatever the locale.
+                const std::optional<double> att = parse_decimal(text);
+                if (!att || !(*att > 0 && *att <= kMostAttenuation)) {
                   throw Usage("--att takes a positive number up to 1000, not '" + text + "'");
                 }
-                options_.att = att;
+                options_.att = static_cast<float>(*att);
               });
         break;
       case Command::kFreq:

@@ -55,7 +55,7 @@ struct Options {
   int period = 1;              // capture --period, 0 to 100 (x 0.1 ms)
   bool positive_edge = true;   // capture --edge pos|neg
   int channel = 2;             // volts --channel: 0 vpp, 1 sab, 2 vin
-  std::optional<float> att;    // volts --att; without it the panel's default
+  std::optional<float> att;    // volts --att; without it the panel's stored one
   bool slow_gate = false;      // freq --gate 1s (else 100ms)
   std::string counter_action;  // count clear|start|stop|read
 };

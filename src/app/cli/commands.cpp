@@ -97,6 +97,7 @@ HexChipSpace file_space(const Session& s) {
   if (!find_device(named)) {
     if (const auto chip = chip_by_name(named)) {
       space.program_words = std::min(space.program_words, chip->program_words);
+      space.eeprom_bytes = chip->eeprom_bytes;
       space.name = chip->name;
     }
   }
@@ -353,22 +354,32 @@ int verify(Session& s, ChipOperations& ops) {
   return conclude(s, run_verify_all(ops, last, config, calibrated ? 0x0FFF : 0x3FFF));
 }
 
+// A read in safe mode reads the memories of the chip that answered: an
+// entry's sizes can be larger than its chip's, whose words and bytes would
+// then be read again from address 0. False when the chip check refused.
+bool take_chip_sizes(Session& s, ChipOperations& ops) {
+  const Preflight chip = check_chip(ops, s.device);
+  tell_findings(s, chip.findings);
+  if (chip.refused) {
+    s.console.finish();
+    refuse(s, chip, ops);
+    return false;
+  }
+  s.state.ProgramSize = static_cast<std::int16_t>(chip.program_words);
+  if (chip.chip) {
+    s.state.EepromLastAddress = static_cast<std::int16_t>(chip.chip->eeprom_bytes - 1);
+  }
+  return true;
+}
+
 // Program memory through the device's size (or --last); with -o also the
 // configuration word and the EEPROM, so the file writes the same chip
 // again. The file is written only when every read went through.
 int read_program(Session& s, ChipOperations& ops) {
   int end = s.options.last ? *s.options.last : s.state.ProgramSize;
   if (!s.options.exact && !s.options.last) {
-    // The entry's size can be larger than the chip's memory, whose words
-    // would then be read again from word 0: read what the chip has.
-    const Preflight chip = check_chip(ops, s.device);
-    tell_findings(s, chip.findings);
-    if (chip.refused) {
-      s.console.finish();
-      refuse(s, chip, ops);
-      return kExitFailed;
-    }
-    end = chip.program_words;
+    if (!take_chip_sizes(s, ops)) return kExitFailed;
+    end = s.state.ProgramSize;
   }
   const CommandResult program = run_read(ops, last_box(s.state, end));
   if (const int status = conclude(s, program); status != kExitOk) return status;
@@ -393,19 +404,7 @@ int read_program(Session& s, ChipOperations& ops) {
 }
 
 int read_eeprom(Session& s, ChipOperations& ops) {
-  if (!s.options.exact) {
-    // The entry's EEPROM can be larger than the chip's, whose bytes would
-    // then be read again from byte 0: read what the chip has.
-    const Preflight chip = check_chip(ops, s.device);
-    tell_findings(s, chip.findings);
-    if (chip.refused) {
-      s.console.finish();
-      refuse(s, chip, ops);
-      return kExitFailed;
-    }
-    if (chip.chip)
-      s.state.EepromLastAddress = static_cast<std::int16_t>(chip.chip->eeprom_bytes - 1);
-  }
+  if (!s.options.exact && !take_chip_sizes(s, ops)) return kExitFailed;
   if (const int status = conclude(s, run_read_eeprom(ops)); status != kExitOk) return status;
   const int count = s.state.EepromLastAddress + 1;
   if (s.options.output_file.empty()) {

@@ -5,17 +5,18 @@
 
 #include "cli/commands.h"
 #include "common/atomic_file.h"
+#include "common/number_text.h"
+#include "common/settings_store.h"
 #include "instruments/capture_export.h"
 #include "instruments/counters.h"
 #include "instruments/logic_view.h"
 #include "instruments/volt_meter.h"
+#include "platform/settings_file.h"
 
 namespace zenta::cli {
 
 namespace {
 
-// The volt meter's attenuation before anything is stored.
-constexpr float kDefaultAttenuation = 4.4f;
 constexpr std::size_t kSamplesPerLine = 80;
 
 int exchange_failed(Session& s, const char* what) {
@@ -51,12 +52,21 @@ int capture_command(Session& s) {
   return kExitOk;
 }
 
+// --att, else what the panel's volt meter reads: its stored VOLTATT, read
+// as the meter reads it.
+float attenuation(const Options& options) {
+  if (options.att) return *options.att;
+  std::string stored =
+      stored_setting(panel_settings_file(kSettingsApp), kSettingsSection, kVoltAttKey);
+  if (stored.empty()) stored = kDefaultVoltAtt;
+  return static_cast<float>(leading_number(stored));
+}
+
 int volts_command(Session& s) {
   const auto channel = static_cast<std::size_t>(s.options.channel);
   const MeterReply reply = read_ad(s.unit, kVoltChannels[channel]);
   if (reply.result != ExchangeResult::kDone) return exchange_failed(s, "A/D");
-  const VoltReading reading =
-      volt_reading(reply.value, s.options.att.value_or(kDefaultAttenuation));
+  const VoltReading reading = volt_reading(reply.value, attenuation(s.options));
   s.record.values.emplace_back("channel", kVoltChannelNames[channel]);
   s.record.values.emplace_back("raw", std::to_string(reply.value));
   s.record.values.emplace_back("volts", reading.volts_text);

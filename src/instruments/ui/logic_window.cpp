@@ -3,6 +3,8 @@
 #include <QPainter>
 #include <QPlainTextEdit>
 
+#include "common/colours.h"
+
 namespace zenta {
 
 namespace {
@@ -69,6 +71,7 @@ LogicWindow::LogicWindow(LogicView& model, Unit& unit, QWidget* parent)
   mag_ = make_check(this, "MAG_Check", "X5", nullptr, {206, 152, 44, 20});
   make_label(this, "Label4", "100 Sample /div", {252, 154, 104, 16});
   make_label(this, "", "Korvan", {6, 186, 60, 16});
+  note_ = make_label(this, "Label_note", "", {70, 186, 376, 16});
 
   // The extended area, right of the window's usual width.
   const int extra = px(kLaWidth) + 4;
@@ -135,6 +138,12 @@ void LogicWindow::render() {
     mag_->setChecked(model_.MAG_Check);
   }
   render_text(extend_, model_.extended ? "<< LESS" : "MORE >>");
+  render_text(note_, model_.Label_note);
+  QPalette note = note_->palette();
+  note.setColor(QPalette::WindowText, model_.content == LaContent::kFailedCapture
+                                          ? rgb(kRed)
+                                          : palette().color(QPalette::WindowText));
+  note_->setPalette(note);
   const QString pattern = QString::fromStdString(model_.Text1);
   if (text1_->toPlainText() != pattern) {
     const QSignalBlocker blocker(text1_);

@@ -44,6 +44,7 @@ class LogicWindow : public QWidget {
   QRadioButton* option2_;
   QCheckBox* mag_;
   QPushButton* extend_;
+  QLabel* note_;
   QPlainTextEdit* text1_;
   QPlainTextEdit* text3_;
 };

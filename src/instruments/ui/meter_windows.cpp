@@ -8,6 +8,11 @@
 namespace zenta {
 
 namespace {
+// What a reading box's frame and inner margins take of its width, in pixels,
+// and the least size its text is set in.
+constexpr int kDisplayMargins = 12;
+constexpr double kSmallestPoints = 12;
+
 // Arial 27.75 pt bold, cyan on dark grey.
 QFont display_font() {
   QFont font("Arial");
@@ -51,6 +56,17 @@ QLabel* MeterWindow::make_grey_label(const char* caption, Place place) {
   grey.setColor(QPalette::WindowText, Qt::gray);
   label->setPalette(grey);
   return label;
+}
+
+void MeterWindow::render_display(QLineEdit* box, const std::string& text) {
+  render_text(box, text);
+  // The reading shows whole: where the face is wider than Arial, it is set smaller.
+  const QString shown = QString::fromStdString(text);
+  const int room = box->width() - kDisplayMargins;
+  QFont font = display_font();
+  while (QFontMetrics(font).horizontalAdvance(shown) > room && font.pointSizeF() > kSmallestPoints)
+    font.setPointSizeF(font.pointSizeF() - 0.5);
+  if (box->font() != font) box->setFont(font);
 }
 
 void MeterWindow::render_auto(const AutoRead& autoread, Lamp* lamp) {
@@ -120,7 +136,7 @@ VoltMeterWindow::VoltMeterWindow(Unit& unit, SettingsStore& settings, QWidget* p
 void VoltMeterWindow::render() {
   setFixedSize(px(model_.width), px(model_.height));
   channels_[static_cast<std::size_t>(model_.channel)]->setChecked(true);
-  render_text(display_, model_.VMtext);
+  render_display(display_, model_.VMtext);
   bar_->setValue(model_.bar);
   render_text(text_comp_, model_.Text_COMP);
   for (auto [box, text] : {std::pair{text1_, &model_.Text1}, std::pair{text2_, &model_.Text2},
@@ -155,13 +171,14 @@ FrequencyCounterWindow::FrequencyCounterWindow(Unit& unit, QWidget* parent)
   gatel_ = make_option(this, "Option_GATEL", "1S", nullptr, {76, 6, 48, 20});
   make_grey_label("Input  LA-TP", {8, 28, 90, 16});
   make_grey_label("Max 1MHz", {100, 28, 70, 16});
-  display_ = make_display({8, 48, 150, 48});
-  unit_label_ = make_label(this, "Label_unit", "KHz", {162, 66, 36, 24});
+  // Wide enough for eight characters: 1299.990 KHz at 1.3 MHz.
+  display_ = make_display({8, 48, 190, 48});
+  unit_label_ = make_label(this, "Label_unit", "KHz", {202, 66, 36, 24});
   over_lamp_ = make_lamp("Shape_over", {8, 106, 14, 14});
   make_label(this, "", "OVER", {26, 104, 40, 18});
   auto* read = make_button(this, "Command_READ", "READ", nullptr, {176, 8, 56, 26});
-  auto* autob = make_button(this, "Command_AUTO", "AUTO", nullptr, {176, 40, 40, 26});
-  auto_lamp_ = make_lamp("Shape_AUTO", {218, 46, 14, 14});
+  auto* autob = make_button(this, "Command_AUTO", "AUTO", nullptr, {176, 102, 40, 26});
+  auto_lamp_ = make_lamp("Shape_AUTO", {218, 108, 14, 14});
   log_ = make_button(this, "Command_LOG", "LOG", "Log the AUTO readings to a CSV file",
                      {8, 150, 80, 26});
   auto* exit = make_button(this, "Command_EXIT", "EXIT", nullptr, {176, 150, 56, 26});
@@ -181,7 +198,7 @@ FrequencyCounterWindow::FrequencyCounterWindow(Unit& unit, QWidget* parent)
 
 void FrequencyCounterWindow::render() {
   (model_.gate == Gate::k100ms ? gateh_ : gatel_)->setChecked(true);
-  render_text(display_, model_.VMtext);
+  render_display(display_, model_.VMtext);
   render_text(unit_label_, model_.Label_unit);
   over_lamp_->set_color(rgb(model_.over_lamp));
   render_text(log_, log_caption(model_.log));
@@ -239,7 +256,7 @@ EventCounterWindow::EventCounterWindow(Unit& unit, QWidget* parent)
 }
 
 void EventCounterWindow::render() {
-  render_text(display_, model_.VMtext);
+  render_display(display_, model_.VMtext);
   over_lamp_->set_color(rgb(model_.over_lamp));
   render_text(log_, log_caption(model_.log));
   render_auto(model_.autoread, auto_lamp_);

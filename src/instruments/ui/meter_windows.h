@@ -24,6 +24,8 @@ class MeterWindow : public QWidget {
 
  protected:
   QLineEdit* make_display(Place place);
+  // The reading, in a smaller size of the face when it would not show whole.
+  void render_display(QLineEdit* box, const std::string& text);
   Lamp* make_lamp(const char* name, Place place);
   QLabel* make_grey_label(const char* caption, Place place);
   // Brings the timer in line with the model's AUTO state.

@@ -163,22 +163,26 @@ void MainWindow::render() {
     notes.setColor(QPalette::WindowText, rgb(view.NotesColor));
     notes_label_->setPalette(notes);
   }
-  if (view.progress.maximum > 0) {
+  // The checks' findings and why a command did nothing share the progress
+  // bar's row: beside a running operation's bar, in its place otherwise.
+  const bool running = view.progress.maximum > 0;
+  const QString status = QString::fromStdString(view.StatusLine);
+  const QRect row(kStatusRowX, kStatusRowY, kStatusRowWidth, kStatusRowHeight);
+  const int bar_width = status.isEmpty() ? row.width() : kProgressBesideStatus;
+  if (running) {
     progress_->setMaximum(view.progress.maximum);
     progress_->setValue(view.progress.value);
-    progress_->show();
-    status_line_->hide();
-  } else {
-    progress_->hide();
-    // The checks' findings share the progress bar's place.
-    const QString status = QString::fromStdString(view.StatusLine);
-    if (status_line_->toolTip() != status) {
-      status_line_->setToolTip(status);
-      status_line_->setText(
-          status_line_->fontMetrics().elidedText(status, Qt::ElideRight, status_line_->width()));
-    }
-    status_line_->setVisible(!status.isEmpty());
+    progress_->setGeometry(row.x(), row.y() + 2, bar_width, 12);
   }
+  progress_->setVisible(running);
+  const QRect status_place = running ? row.adjusted(kProgressBesideStatus + 8, 0, 0, 0) : row;
+  if (status_line_->toolTip() != status || status_line_->geometry() != status_place) {
+    status_line_->setGeometry(status_place);
+    status_line_->setToolTip(status);
+    status_line_->setText(
+        status_line_->fontMetrics().elidedText(status, Qt::ElideRight, status_place.width()));
+  }
+  status_line_->setVisible(!status.isEmpty());
   if (exact_menu_->isChecked() != view.exact) exact_menu_->setChecked(view.exact);
 
   // One operation at a time: what would send while another holds the unit

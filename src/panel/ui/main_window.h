@@ -26,6 +26,14 @@ struct PanelArguments {
 };
 PanelArguments panel_arguments(const QStringList& arguments);
 
+// The row under the notes line that the progress bar and the status line
+// share, in pixels; the bar's width when both show.
+inline constexpr int kStatusRowX = 256;
+inline constexpr int kStatusRowY = 238;
+inline constexpr int kStatusRowWidth = 336;
+inline constexpr int kStatusRowHeight = 16;
+inline constexpr int kProgressBesideStatus = 104;
+
 class MainWindow : public QMainWindow {
   Q_OBJECT
  public:

@@ -98,10 +98,11 @@ void MainWindow::build_controls(QWidget* panel) {
   notes_label_ = make_label(panel, "NotesLabel", "", {256, 214, 336, 22});
   progress_ = new QProgressBar(panel);
   progress_->setObjectName("ProgressBar");
-  progress_->setGeometry(256, 240, 336, 12);
+  progress_->setGeometry(kStatusRowX, kStatusRowY + 2, kStatusRowWidth, 12);
   progress_->setTextVisible(false);
   progress_->hide();
-  status_line_ = make_label(panel, "StatusLine", "", {256, 238, 336, 16});
+  status_line_ = make_label(panel, "StatusLine", "",
+                            {kStatusRowX, kStatusRowY, kStatusRowWidth, kStatusRowHeight});
   QFont small = status_line_->font();
   small.setPointSizeF(small.pointSizeF() * 0.85);
   status_line_->setFont(small);

@@ -51,21 +51,19 @@ void MainWindow::build_menus() {
      [this] { form_.C_Button_Click(); });
   on(add_item(tool, "NEW_EDITOR", "New File"), [this] { form_.New_EditorButton_Click(); });
   // The instruments cannot start while a chip command runs.
-  const auto instrument = [this](WindowId id) {
-    return [this, id] {
-      if (!form_.view().busy) host_.show_window(id);
-    };
+  const auto instrument = [this](WindowId id, const char* caption) {
+    return [this, id, caption] { form_.open_instrument(id, caption); };
   };
   on(add_item(tool, "Convertor", "Convertor", QKeySequence(Qt::Key_F8)),
      [this] { host_.show_window(WindowId::kConverter); });
   on(add_item(tool, "CALC", "Calculator"), [this] { start_calculator(host_); });
   on(add_item(tool, "LAview", "Logic View", QKeySequence(Qt::Key_F9)),
-     instrument(WindowId::kLogicView));
+     instrument(WindowId::kLogicView, "Logic View"));
   on(add_item(tool, "VM_MANU", "Volt meter", QKeySequence(Qt::Key_F11)),
-     instrument(WindowId::kVoltMeter));
+     instrument(WindowId::kVoltMeter, "Volt meter"));
   on(add_item(tool, "CNT_MENU", "F-Counter", QKeySequence(Qt::Key_F12)),
-     instrument(WindowId::kFrequencyCounter));
-  on(add_item(tool, "CNT_MENU2", "Counter"), instrument(WindowId::kEventCounter));
+     instrument(WindowId::kFrequencyCounter, "F-Counter"));
+  on(add_item(tool, "CNT_MENU2", "Counter"), instrument(WindowId::kEventCounter, "Counter"));
   on(add_item(tool, "System_Setup", "Setup"), [this] { host_.show_window(WindowId::kSetup); });
 
   QMenu* about = menu("ABOUT");

@@ -64,7 +64,7 @@ void shoot(QtHost& host, WindowId id, QWidget* window, const QString& path, bool
 }
 
 // Every instrument with something to show: a capture drawn, readings taken.
-bool save_instruments(QtHost& host, const QString& folder) {
+bool save_instruments(QtHost& host, const QString& folder, sim::SimUnit* sim) {
   bool ok = true;
   if (auto* conv = open<DataConvWindow>(host, WindowId::kConverter)) {
     conv->model().Text1 = "165";
@@ -89,6 +89,17 @@ bool save_instruments(QtHost& host, const QString& folder) {
   }
   shoot(host, WindowId::kLogicView, host.windows().find(WindowId::kLogicView),
         folder + "/logicview-extended.png", ok);
+  // The closed window goes first, so the view opens anew.
+  QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+  if (auto* la = open<LogicWindow>(host, WindowId::kLogicView); la && sim) {
+    // The second exchange of the capture, its first block, gets no answer.
+    sim->fail_read_at(static_cast<int>(sim->trace().size()) + 2);
+    if (la->model().extended) la->model().extend_Click();
+    la->model().MAG_Check_Click(false);
+    la->model().Command7_Click();
+    la->render();
+    shoot(host, WindowId::kLogicView, la, folder + "/logicview-failed.png", ok);
+  }
   if (auto* vm = open<VoltMeterWindow>(host, WindowId::kVoltMeter)) {
     vm->model().Command_READ_Click();
     vm->model().Command_AUTO_Click();
@@ -103,6 +114,8 @@ bool save_instruments(QtHost& host, const QString& folder) {
   shoot(host, WindowId::kVoltMeter, host.windows().find(WindowId::kVoltMeter),
         folder + "/voltmeter-diagnostic.png", ok);
   if (auto* f = open<FrequencyCounterWindow>(host, WindowId::kFrequencyCounter)) {
+    // Past 16 bits on the 100 mS gate: the widest reading, with the lamp.
+    if (sim) sim->set_input_frequency(1300000);
     f->model().Command_READ_Click();
     f->render();
   }
@@ -120,7 +133,8 @@ bool save_instruments(QtHost& host, const QString& folder) {
 
 }  // namespace
 
-bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder) {
+bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder,
+                      sim::SimUnit* sim) {
   QDir().mkpath(folder);
   host.message_hook = [](const std::string& text, const std::string& title, MessageIcon) {
     std::cerr << title << ": " << text << '\n';
@@ -170,7 +184,7 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   main.run([&form] { form.READ_EEPROM_Click(); });
   ok &= save(host.windows().find(WindowId::kEepromView), folder + "/eeview.png");
   ok &= save(&main, folder + "/main-after.png");
-  ok &= save_instruments(host, folder);
+  ok &= save_instruments(host, folder, sim);
 
   // A source with a mistake, assembled: the error window lists the
   // assembler's messages, and the editor shows the source.
