@@ -147,7 +147,11 @@ TEST(CliUnitsTest, EveryCommandsJsonReadsBackWhateverTheNames) {
       EXPECT_NE(object["message"].get<std::string>().find(odd), std::string::npos);
     }
   }
-  const std::vector<PluggedUnit> plugged = {{odd, "ZENTA \xFF" "1", 1, 7}, {"", "", 2, 3}};
+  const std::vector<PluggedUnit> plugged = {{odd,
+                                             "ZENTA \xFF"
+                                             "1",
+                                             1, 7},
+                                            {"", "", 2, 3}};
   const Json expected = {
       {"command", "units"},
       {"units",
