@@ -47,14 +47,18 @@ struct SimRun {
   DriverChoice choice;
 };
 
-// Raises the stop request when the unit has seen `at` exchanges, as Ctrl-C
-// would in the middle of a command.
+// The simulated unit behind a driver that raises the stop request when the
+// unit has seen `at` exchanges, as Ctrl-C would in the middle of a command,
+// and, with `refuse_supply_off`, never gets the supply-off packet through.
 class InterruptAt : public UnitDriver {
  public:
-  InterruptAt(sim::SimUnit& unit, std::size_t at) : unit_(unit), at_(at) {}
+  InterruptAt(sim::SimUnit& unit, std::size_t at, bool refuse_supply_off = false)
+      : unit_(unit), at_(at), refuse_supply_off_(refuse_supply_off) {}
   std::int32_t open() override { return unit_.open(); }
   void close() override { unit_.close(); }
-  std::int32_t write(const std::uint8_t* b, std::int32_t n) override { return unit_.write(b, n); }
+  std::int32_t write(const std::uint8_t* b, std::int32_t n) override {
+    return refuse_supply_off_ && b[0] == 0x3A && b[1] == 0 ? 0 : unit_.write(b, n);
+  }
   std::int32_t read(std::uint8_t* b, std::int32_t n) override {
     if (unit_.trace().size() == at_) zenta::request_interrupt();
     return unit_.read(b, n);
@@ -63,6 +67,7 @@ class InterruptAt : public UnitDriver {
  private:
   sim::SimUnit& unit_;
   std::size_t at_;
+  bool refuse_supply_off_;
 };
 
 // A JSON object of the program's --json output: members by name, each as

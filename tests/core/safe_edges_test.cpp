@@ -233,21 +233,6 @@ TEST(SafeEdges, AFullChipClonesWhole) {
   }
 }
 
-// A unit whose supply-off packet never goes through.
-class SupplyStuckOn : public UnitDriver {
- public:
-  explicit SupplyStuckOn(sim::SimUnit& unit) : unit_(unit) {}
-  std::int32_t open() override { return unit_.open(); }
-  void close() override { unit_.close(); }
-  std::int32_t write(const std::uint8_t* b, std::int32_t n) override {
-    return b[0] == UNIT_VCC && b[1] == 0 ? 0 : unit_.write(b, n);
-  }
-  std::int32_t read(std::uint8_t* b, std::int32_t n) override { return unit_.read(b, n); }
-
- private:
-  sim::SimUnit& unit_;
-};
-
 // What users meet through zenta, each as one command line: the files real
 // toolchains and shells hand over, a file named in two roles, the verify
 // after a calibrated chip's write, a target that cannot be switched off and
@@ -334,7 +319,7 @@ TEST(SafeEdges, TheCommandLineAtTheEdges) {
       writer = std::thread([&] { std::ofstream(fifo) << image; });
     }
     if (c.name == "a target that stays powered") {
-      choice.driver = std::make_unique<SupplyStuckOn>(*unit);
+      choice.driver = std::make_unique<cli::testing::InterruptAt>(*unit, SIZE_MAX, true);
     } else if (c.name == "Ctrl-C during an erase") {
       // Past the pre-flight, while the calibration is written back.
       choice.driver = std::make_unique<cli::testing::InterruptAt>(*unit, 1060);
