@@ -373,6 +373,10 @@ TEST(SafeErase, CalibratedChipsKeepTheirCalibrationAndTheWrongChipIsRefused) {
     } else {
       EXPECT_TRUE(rig.host.boxes.empty()) << rig.host.boxes.front().text;
       EXPECT_EQ(rig.form.view().NotesLabel, "Chip Erase Complete");
+      EXPECT_EQ(rig.form.view().StatusLine,
+                c.exact
+                    ? ""
+                    : "12F675 rev 4 \u2013 calibration 3480 kept \u2013 band-gap bits 2000 kept");
     }
   }
 }
