@@ -2,7 +2,7 @@
 # Installs what the build and the tests need on Debian, when it is missing.
 set -euo pipefail
 packages=(build-essential cmake ninja-build pkg-config qt6-base-dev libgl-dev
-  libusb-1.0-0-dev libcli11-dev nlohmann-json3-dev gputils libgtest-dev libgmock-dev libbenchmark-dev
+  libusb-1.0-0-dev libcli11-dev nlohmann-json3-dev libtomlplusplus-dev gputils libgtest-dev libgmock-dev libbenchmark-dev
   xvfb xauth clang-format clang libclang-rt-14-dev
   umockdev libumockdev-dev sigrok-cli dpkg-dev desktop-file-utils locales)
 missing=()

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "common/number_text.h"
+#include "devices/chip_description.h"
 #include "image/hex_loader.h"
 
 namespace zenta {
@@ -13,8 +14,8 @@ namespace {
 
 constexpr int kConfigBase = 0x2000;
 constexpr int kUserIdEnd = 0x2004;
-constexpr int kDeviceId = 0x2006;
-constexpr int kConfigWord = 0x2007;
+constexpr int kDeviceId = kDeviceIdAddress;
+constexpr int kConfigWord = kConfigWordAddress;
 constexpr int kEepromBase = 0x2100;
 
 std::string hex(long long value) {

@@ -23,7 +23,7 @@
 #include "programming/commands.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
-#include "programming/safe_programming.h"
+#include "programming/operation.h"
 #include "toolchain/tool_settings.h"
 #include "toolchain/toolchain.h"
 
@@ -154,7 +154,8 @@ class MainForm : private OperationReport {
   bool stop_requested() override { return stop_requested_ || interrupted(); }
 
   CommandResult refused() const;
-  CommandResult safe_write();
+  // An operation of the selected entry, in the mode the Exact option sets.
+  OperationRequest request(OperationKind what) const;
   // What a checked operation could not make safe, in stop boxes: a
   // calibration not written back, a target that may still be powered.
   void warn_after(const CommandResult& result);

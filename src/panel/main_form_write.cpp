@@ -6,25 +6,26 @@
 
 namespace zenta {
 
+OperationRequest MainForm::request(OperationKind what) const {
+  OperationRequest request;
+  request.what = what;
+  request.target = {view_.PICsel, std::nullopt};
+  request.exact = view_.exact;
+  request.last_address = read_hex16(view_.LastAddrText);
+  return request;
+}
+
 CommandResult MainForm::WriteButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
   // A tool run is writing the image to be written: the write waits for it.
   if (state_.WaitTicks != 0)
     status("WRITE refused: the tool run has not ended; its HEX file loads when it has");
-  if (view_.exact) return run_write(ops_, read_hex16(view_.LastAddrText));
-  return safe_write();
-}
-
-CommandResult MainForm::safe_write() {
-  // Nothing loaded or a tool still running: refused as the write itself
-  // refuses, before the pre-flight touches the chip.
-  if (state_.WaitTicks != 0 || state_.DataLoaded == 0) {
-    return run_write(ops_, read_hex16(view_.LastAddrText));
-  }
+  const bool checked = !view_.exact && state_.WaitTicks == 0 && state_.DataLoaded != 0;
   const std::optional<std::uint16_t> file_config = image_config_word(state_);
-  Preflight preflight;
-  const CommandResult result = run_checked_write(ops_, view_.PICsel, std::nullopt, preflight);
+  const OperationResult result = do_op(ops_, request(OperationKind::kWrite));
+  if (!checked) return result;
+  const Preflight& preflight = result.preflight;
   std::vector<std::string> findings = preflight.findings;
   if (file_config && *file_config == (state_.ConfigWord & 0x3FFF)) {
     findings.insert(findings.begin() + (findings.empty() ? 0 : 1),
@@ -59,7 +60,7 @@ void MainForm::warn_after(const CommandResult& result) {
                       "WRITE ERROR", MessageIcon::kStop);
   }
   // A lost unit's message already says to unplug it.
-  if ((result.target_powered || ops_.target_may_be_powered()) && !unit_.link().lost()) {
+  if (result.target_powered && !unit_.link().lost()) {
     host_.message_box(
         "Switching the target off failed: it may still be powered. Unplug the unit before "
         "taking the chip out.",
@@ -70,12 +71,10 @@ void MainForm::warn_after(const CommandResult& result) {
 CommandResult MainForm::VerifyButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
-  // The loader leaves LastAddress past a configuration record; the check
-  // compares the image's program words instead.
-  if (!view_.exact && state_.DataLoaded != 0) {
-    state_.LastAddress = image_last_address(state_, state_.ProgramSize);
-  }
-  const CommandResult result = run_verify(ops_);
+  OperationRequest verify = request(OperationKind::kVerify);
+  // The verify compares up to LastAddress as it stands.
+  verify.last_address = state_.LastAddress;
+  const CommandResult result = do_op(ops_, verify);
   changed();
   return result;
 }
@@ -83,9 +82,9 @@ CommandResult MainForm::VerifyButton_Click() {
 CommandResult MainForm::ERASEButton_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
+  const OperationResult result = do_op(ops_, request(OperationKind::kErase));
   if (!view_.exact) {
-    Preflight preflight;
-    const CommandResult result = run_checked_erase(ops_, view_.PICsel, preflight);
+    const Preflight& preflight = result.preflight;
     show_findings(preflight.findings);
     if (preflight.refused) {
       if (!preflight.refusal.empty()) {
@@ -96,10 +95,7 @@ CommandResult MainForm::ERASEButton_Click() {
       notes("Chip Erase Complete", kWhite);
     }
     warn_after(result);
-    changed();
-    return result;
   }
-  const CommandResult result = run_erase(ops_);
   changed();
   return result;
 }
@@ -107,7 +103,10 @@ CommandResult MainForm::ERASEButton_Click() {
 CommandResult MainForm::READ_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
-  const CommandResult result = run_read(ops_, read_hex16(view_.LastAddrText));
+  OperationRequest read = request(OperationKind::kRead);
+  // A checked read stops at the LAST box or at the chip's end, whichever comes first.
+  if (read.last_address) read.limit = *read.last_address;
+  const OperationResult result = do_op(ops_, read);
   if (result.refused) return result;
   if (host_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
   view_.FilenameTextbox.clear();
@@ -118,7 +117,7 @@ CommandResult MainForm::READ_Click() {
 CommandResult MainForm::READ_EEPROM_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
-  const CommandResult result = run_read_eeprom(ops_);
+  const CommandResult result = do_op(ops_, request(OperationKind::kReadEeprom));
   host_.show_window(WindowId::kEepromView);
   FILL_EE_VIEW(eeprom_view_, state_);
   changed();
@@ -146,7 +145,6 @@ void MainForm::show_findings(const std::vector<std::string>& findings) {
 void MainForm::Exact_Click(bool checked) {
   view_.exact = checked;
   unit_.link().stop_on_loss = !checked;
-  ops_.checked = !checked;
   if (checked) view_.StatusLine.clear();
   settings_.save(kSettingsApp, kPanelSection, kExactKey, checked ? "1" : "0");
   changed();

@@ -161,7 +161,7 @@ ConfigResult ChipOperations::WRITE_CONFIG() {
   enter_programming_mode(link_);
   link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
   // From 0x2000 seven steps reach the configuration word at 0x2007.
-  for (int i = 0; i < 7; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
+  for (int i = kConfigSpaceBase; i < kConfigWordAddress; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
   link_.SENDCMD(ICSP_LOAD_DATA, static_cast<std::uint8_t>(high), static_cast<std::uint8_t>(low));
   const std::string& mode = state_.WriteMode;
   if (!may_program()) {
@@ -192,7 +192,7 @@ DeviceIdResult ChipOperations::READ_DEVID() {
   enter_programming_mode(link_);
   link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
   // From 0x2000 six steps reach the ID word at 0x2006.
-  for (int i = 0; i < 6; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
+  for (int i = kConfigSpaceBase; i < kDeviceIdAddress; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
   link_.SENDCMD(UNIT_WAIT, 10);
   link_.SENDCMD(ICSP_READ_DATA, 1);
   // Taken from the reply buffer unchecked: after a failed exchange these are
@@ -286,8 +286,16 @@ ReadResult ChipOperations::READ_EE() {
 }
 
 void ChipOperations::CHIP_ERASE() {
+  erase(erase_packets(state_.EraseMode));
+}
+
+void ChipOperations::erase_with(EraseAlgorithm algorithm) {
+  erase(erase_packets(algorithm));
+}
+
+void ChipOperations::erase(const std::vector<Packet>& packets) {
   enter_programming_mode(link_);
-  for (const Packet& packet : erase_packets(state_.EraseMode)) {
+  for (const Packet& packet : packets) {
     if (packet[0] != ICSP_LOAD_DATA && !may_program()) break;
     send_packet(link_, packet);
   }

@@ -9,7 +9,9 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
+#include "devices/chip_description.h"
 #include "image/programmer_state.h"
 #include "link/command_codes.h"
 #include "link/unit.h"
@@ -72,8 +74,9 @@ class ChipOperations {
   ReadResult READ_PROG(std::int16_t end_address);
   // EEPROM bytes into EepromBuffer through EepromLastAddress.
   ReadResult READ_EE();
-  // The erase procedure of the device's EraseMode.
+  // The erase procedure of the device's EraseMode; erase_with: of a chip.
   void CHIP_ERASE();
+  void erase_with(EraseAlgorithm erase);
 
   // In the word-by-word modes, a blank word after the erase gets only its
   // address step, no load and no programming cycle: a safe write's range
@@ -122,6 +125,7 @@ class ChipOperations {
  private:
   // Lets events run between steps; true when the operation must end.
   bool pause();
+  void erase(const std::vector<std::array<std::uint8_t, 8>>& packets);
 
   Unit& unit_;
   UnitLink& link_;

@@ -30,15 +30,63 @@ void leave_programming_mode(UnitLink& link, LeaveMode mode) {
   for (const Packet& packet : leave_packets(mode)) send_packet(link, packet);
 }
 
-std::vector<Packet> erase_packets(const std::string& erase_mode) {
-  const Packet load_blank = {ICSP_LOAD_DATA, 0x3F, 0xFF};
-  if (erase_mode == "0") {
-    return {load_blank, {ICSP_BULK_SETUP1}, {ICSP_BEGIN_ERASE_PROG}, {ICSP_BULK_SETUP1}};
+namespace {
+
+constexpr EraseAlgorithm kEraseCodes[] = {EraseAlgorithm::kBulkSetup, EraseAlgorithm::kChipErase,
+                                          EraseAlgorithm::kBulkBegin, EraseAlgorithm::kBulk};
+constexpr WriteAlgorithm kWriteCodes[] = {WriteAlgorithm::kRows, WriteAlgorithm::kEraseProgram,
+                                          WriteAlgorithm::kProgramOnly};
+
+template <typename Algorithm, std::size_t N>
+std::optional<Algorithm> by_code(const std::string& code, const Algorithm (&codes)[N]) {
+  if (code.size() != 1 || code[0] < '0' || code[0] >= static_cast<char>('0' + N)) return {};
+  return codes[code[0] - '0'];
+}
+
+template <typename Algorithm, std::size_t N>
+std::string code_of(Algorithm algorithm, const Algorithm (&codes)[N]) {
+  for (std::size_t i = 0; i < N; ++i) {
+    if (codes[i] == algorithm) return std::string(1, static_cast<char>('0' + i));
   }
-  if (erase_mode == "1") return {{ICSP_CHIP_ERASE}};
-  if (erase_mode == "2") return {load_blank, {ICSP_BULK_ERASE_PROG}, {ICSP_BEGIN_ERASE_PROG}};
-  if (erase_mode == "3") return {load_blank, {ICSP_BULK_ERASE_PROG}};
-  return {};
+  return "";
+}
+
+}  // namespace
+
+std::optional<EraseAlgorithm> erase_algorithm(const std::string& erase_mode) {
+  return by_code(erase_mode, kEraseCodes);
+}
+
+std::optional<WriteAlgorithm> write_algorithm(const std::string& write_mode) {
+  return by_code(write_mode, kWriteCodes);
+}
+
+std::string erase_code(EraseAlgorithm erase) {
+  return code_of(erase, kEraseCodes);
+}
+
+std::string write_code(WriteAlgorithm write) {
+  return code_of(write, kWriteCodes);
+}
+
+std::vector<Packet> erase_packets(EraseAlgorithm erase) {
+  const Packet load_blank = {ICSP_LOAD_DATA, 0x3F, 0xFF};
+  switch (erase) {
+    case EraseAlgorithm::kBulkSetup:
+      return {load_blank, {ICSP_BULK_SETUP1}, {ICSP_BEGIN_ERASE_PROG}, {ICSP_BULK_SETUP1}};
+    case EraseAlgorithm::kChipErase:
+      return {{ICSP_CHIP_ERASE}};
+    case EraseAlgorithm::kBulkBegin:
+      return {load_blank, {ICSP_BULK_ERASE_PROG}, {ICSP_BEGIN_ERASE_PROG}};
+    case EraseAlgorithm::kBulk:
+      break;
+  }
+  return {load_blank, {ICSP_BULK_ERASE_PROG}};
+}
+
+std::vector<Packet> erase_packets(const std::string& erase_mode) {
+  const auto erase = erase_algorithm(erase_mode);
+  return erase ? erase_packets(*erase) : std::vector<Packet>{};
 }
 
 int highest_write_word(const std::string& write_mode, std::int16_t last_address) {

@@ -5,9 +5,11 @@
 // before its first packet.
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "devices/chip_description.h"
 #include "link/command_codes.h"
 #include "link/unit_link.h"
 
@@ -25,8 +27,15 @@ void enter_programming_mode(UnitLink& link);
 std::array<Packet, 2> leave_packets(LeaveMode mode);
 void leave_programming_mode(UnitLink& link, LeaveMode mode);
 
-// Target commands of the erase procedure for an EraseMode; none for a mode
-// that no device has.
+// The erase and write procedures of the catalogue's codes ("0" to "3",
+// "0" to "2"), and the codes of an algorithm; nullopt for a code no entry has.
+std::optional<EraseAlgorithm> erase_algorithm(const std::string& erase_mode);
+std::optional<WriteAlgorithm> write_algorithm(const std::string& write_mode);
+std::string erase_code(EraseAlgorithm erase);
+std::string write_code(WriteAlgorithm write);
+
+// Target commands of an erase procedure; none for a mode that no device has.
+std::vector<Packet> erase_packets(EraseAlgorithm erase);
 std::vector<Packet> erase_packets(const std::string& erase_mode);
 
 // Highest program word the write procedure of `write_mode` sends for this

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/colours.h"
+#include "devices/chip_description.h"
 #include "link/command_codes.h"
 #include "programming/chip_protocol.h"
 
@@ -42,7 +43,7 @@ bool write_range_ok(const ProgrammerState& state, std::int16_t last_address) {
 }  // namespace
 
 CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address,
-                        const std::function<void(CommandResult&)>& after_erase) {
+                        const std::function<void(CommandResult&)>& erase_step) {
   ProgrammerState& state = ops.state();
   if (state.WaitTicks != 0) return refused();
   if (state.DataLoaded == 0) {
@@ -61,8 +62,11 @@ CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_ad
   // An interrupted write skips the rest but still powers the target down;
   // one interrupted before the erase erases nothing.
   if (!ops.stop_requested()) {
-    ops.CHIP_ERASE();
-    if (after_erase) after_erase(result);
+    if (erase_step) {
+      erase_step(result);
+    } else {
+      ops.CHIP_ERASE();
+    }
     if (!ops.stop_requested()) ops.WRITE_PROG();
   }
   result.stopped = ops.stop_requested();
@@ -178,15 +182,13 @@ int read_config_space_word(ChipOperations& ops, int steps) {
   return word;
 }
 
-constexpr int kConfigAddress = 0x2007;
-
 }  // namespace
 
 CommandResult run_read_config(ChipOperations& ops) {
   FailureCount failures(ops);
   CommandResult result;
   ops.set_supply(true);
-  result.config_read = read_config_space_word(ops, kConfigAddress - 0x2000);
+  result.config_read = read_config_space_word(ops, kConfigWordAddress - kConfigSpaceBase);
   ops.set_supply(false);
   result.target_powered = ops.target_may_be_powered();
   result.failed_exchanges = failures.failed();
@@ -226,9 +228,9 @@ CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<i
   ops.leave(LeaveMode::kAfterWrite);
   report.progress(0, 0);
   if (!result.mismatch && !result.stopped && config_word) {
-    const int chip = read_config_space_word(ops, kConfigAddress - 0x2000);
+    const int chip = read_config_space_word(ops, kConfigWordAddress - kConfigSpaceBase);
     if ((chip & config_mask) != (*config_word & config_mask)) {
-      result.mismatch = VerifyMismatch{kConfigAddress, *config_word, chip};
+      result.mismatch = VerifyMismatch{kConfigWordAddress, *config_word, chip};
     }
   }
   ops.set_supply(false);

@@ -41,12 +41,12 @@ struct CommandResult {
 // WRITE: erase, program write, verify and configuration write, each step
 // running to its end whatever the one before reported. `last_address` is
 // the LAST box as a number; nullopt when its text fits no 16-bit number.
-// `after_erase` runs right after the erase (safe mode gives a calibrated
-// chip its calibration back there). An operation asked to stop before the
-// erase erases nothing; in safe mode a configuration write whose exchanges
-// failed is tried again.
+// `erase_step` replaces the entry's erase (safe mode erases as the chip
+// needs and gives a calibrated chip its calibration back right after). An operation asked to stop
+// before the erase erases nothing; in safe mode a configuration write whose exchanges failed is
+// tried again.
 CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address,
-                        const std::function<void(CommandResult&)>& after_erase = {});
+                        const std::function<void(CommandResult&)>& erase_step = {});
 // VERIFY: compares up to LastAddress as it stands.
 CommandResult run_verify(ChipOperations& ops);
 // ERASE: the device's erase with the supply on.

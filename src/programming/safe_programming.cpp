@@ -13,11 +13,9 @@ namespace zenta {
 
 namespace {
 
-constexpr int kCalibrationAddress = 0x3FF;
-constexpr int kConfigAddress = 0x2007;
-constexpr std::uint16_t kBandGapBits = 0x3000;
-constexpr int kEepromFirstWord = 0x2100;
-constexpr int kEepromLastWord = 0x21FF;
+constexpr int kConfigAddress = kConfigWordAddress;
+constexpr int kEepromFirstWord = kEepromHexBase;
+constexpr int kEepromLastWord = kEepromHexBase + 0xFF;
 
 std::string four_digits(int value) {
   char text[8];
@@ -49,7 +47,7 @@ int read_config_word(ChipOperations& ops) {
   UnitLink& link = ops.unit().link();
   enter_programming_mode(link);
   link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
-  for (int i = 0; i < kConfigAddress - 0x2000; ++i) link.SENDCMD(ICSP_INC_ADDR, 0);
+  for (int i = kConfigSpaceBase; i < kConfigAddress; ++i) link.SENDCMD(ICSP_INC_ADDR, 0);
   link.SENDCMD(ICSP_READ_DATA, 1);
   const int word = link.RxBuffer[0] * 256 + link.RxBuffer[1];
   ops.leave(LeaveMode::kAfterRead);
@@ -65,18 +63,20 @@ void set_config(ProgrammerState& state, int word) {
 // Calibrated chips lose the word at 0x3FF and the band-gap bits with every
 // bulk erase: they are read first, with the target powered. False when an
 // exchange failed: then nothing is known, and nothing may be erased.
-bool read_calibration(ChipOperations& ops, int& word, int& config) {
+bool read_calibration(ChipOperations& ops, const CalibrationFacts& calibration, int& word,
+                      int& config) {
   const std::uint64_t before = ops.unit().link().failures();
   ops.set_supply(true);
-  word = read_program_word(ops, kCalibrationAddress);
+  word = read_program_word(ops, calibration.address);
   config = read_config_word(ops);
   ops.set_supply(false);
   return ops.unit().link().failures() == before;
 }
 
-void keep_calibration(ProgrammerState& state, int chip_word, int chip_config, Preflight& result) {
-  result.band_gap = chip_config & kBandGapBits;
-  const int image_word = state.word(kCalibrationAddress);
+void keep_calibration(ProgrammerState& state, const CalibrationFacts& calibration, int chip_word,
+                      int chip_config, Preflight& result) {
+  result.band_gap = chip_config & calibration.band_gap;
+  const int image_word = state.word(calibration.address);
   if (image_word != kBlankWord) {
     result.calibration = image_word;
     result.findings.push_back("calibration " + four_digits(image_word) +
@@ -88,7 +88,7 @@ void keep_calibration(ProgrammerState& state, int chip_word, int chip_config, Pr
     result.findings.push_back("calibration word " + four_digits(chip_word) +
                               " is no RETLW: already lost");
   }
-  const int merged = (state.ConfigWord & ~kBandGapBits & 0x3FFF) | result.band_gap;
+  const int merged = (state.ConfigWord & ~calibration.band_gap & 0x3FFF) | result.band_gap;
   if (merged != (state.ConfigWord & 0x3FFF)) {
     result.findings.push_back("band-gap bits " + four_digits(result.band_gap) + " kept");
   }
@@ -128,15 +128,22 @@ std::optional<std::uint16_t> image_config_word(const ProgrammerState& state) {
   return static_cast<std::uint16_t>(word);
 }
 
-std::string safe_erase_mode(int entry, const std::string& documented) {
-  // Load 3FFF, 09, 08: the erase mode of the 16F84A and 16F62x.
-  return entry == 7 ? "2" : documented;
+std::optional<ChipDescription> chip_without_id(const ChipTarget& target) {
+  if (target.chip) {
+    if (target.chip->id) return std::nullopt;
+    return target.chip;
+  }
+  std::optional<ChipDescription> largest;
+  for (const ChipDescription& chip : entry_chips(target.entry)) {
+    if (!chip.id && (!largest || chip.program_words > largest->program_words)) largest = chip;
+  }
+  return largest;
 }
 
-Preflight check_chip(ChipOperations& ops, int entry) {
+Preflight check_chip(ChipOperations& ops, const ChipTarget& target) {
   Preflight result;
-  const DeviceRecord& record = device_record(entry);
-  result.program_words = record.program_size;
+  result.program_words =
+      target.chip ? target.chip->program_words : device_record(target.entry).program_size;
   const std::uint64_t failed_before = ops.unit().link().failures();
   ops.set_supply(true);
   const DeviceIdResult id = ops.READ_DEVID();
@@ -147,13 +154,14 @@ Preflight check_chip(ChipOperations& ops, int entry) {
     return result;
   }
   const auto answer = static_cast<std::uint16_t>(id.id);
-  const std::string entry_name = record.caption;
+  const std::string expected =
+      target.chip ? "the selected chip is " + target.chip->name
+                  : "the selected device is " + std::string(device_record(target.entry).caption);
   if (no_chip_answer(answer)) {
-    if (entry == 2) {
-      // The 16F84 has no ID word: a blank answer is all it can give.
-      result.chip = chip_by_name("16F84");
-      result.program_words = result.chip->program_words;
-      result.findings.push_back("16F84 (no ID word)");
+    if (const auto blank = chip_without_id(target); blank && answer == 0x3FFF) {
+      result.chip = blank;
+      result.program_words = blank->program_words;
+      result.findings.push_back(blank->name + " (no ID word)");
       return result;
     }
     result.refused = true;
@@ -168,16 +176,20 @@ Preflight check_chip(ChipOperations& ops, int entry) {
         "The chip answered with the ID " + four_digits(answer) + ", which no device entry knows";
     return result;
   }
-  const ChipFacts& chip = *result.chip;
-  result.revision = answer & ((answer & 0xFF00) == 0x0E00 ? 0x0F : 0x1F);
-  if (chip.entry != entry) {
+  const ChipDescription& chip = *result.chip;
+  result.revision = answer & chip.revision_bits;
+  const bool expected_chip =
+      target.chip ? chip.name == target.chip->name : chip.entry == target.entry;
+  if (!expected_chip) {
     result.refused = true;
-    result.refusal = "A " + std::string(chip.name) + " is in the socket; the selected device is " +
-                     entry_name + ". Select " + device_record(chip.entry).caption + ".";
+    result.refusal =
+        "A " + chip.name + " is in the socket; " + expected + ". Select " +
+        (target.chip || !chip.entry ? chip.name : std::string(device_record(*chip.entry).caption)) +
+        ".";
     return result;
   }
   result.program_words = chip.program_words;
-  result.findings.push_back(std::string(chip.name) + " rev " + std::to_string(result.revision));
+  result.findings.push_back(chip.name + " rev " + std::to_string(result.revision));
   return result;
 }
 
@@ -200,25 +212,25 @@ bool preflight_must_end(ChipOperations& ops, Preflight& result, const char* read
 
 }  // namespace
 
-Preflight preflight_write(ChipOperations& ops, int entry) {
-  Preflight result = check_chip(ops, entry);
+Preflight preflight_write(ChipOperations& ops, const ChipTarget& target) {
+  Preflight result = check_chip(ops, target);
   if (result.refused || preflight_must_end(ops, result, nullptr)) return result;
   // Words past the chip's memory would land on its lowest words.
   if (const int last = last_image_word(ops.state(), 0x2000); last >= result.program_words) {
     result.refused = true;
     result.refusal = "The image has program words up to " + four_digits(last) + "; the " +
-                     (result.chip ? std::string(result.chip->name) : "chip") + " has " +
+                     (result.chip ? result.chip->name : std::string("chip")) + " has " +
                      std::to_string(result.program_words) + " (0000-" +
                      four_digits(result.program_words - 1) + ")";
     return result;
   }
-  if (result.chip && result.chip->calibrated) {
+  if (result.chip && result.chip->calibrated()) {
     int word = kBlankWord, config = kBlankWord;
-    const bool read = read_calibration(ops, word, config);
+    const bool read = read_calibration(ops, *result.chip->calibration, word, config);
     if (preflight_must_end(ops, result, read ? nullptr : "reading the calibration word")) {
       return result;
     }
-    keep_calibration(ops.state(), word, config, result);
+    keep_calibration(ops.state(), *result.chip->calibration, word, config, result);
   }
   result.last_address = image_last_address(ops.state(), result.program_words);
   if (const auto eeprom = eeprom_data_finding(ops.state())) result.findings.push_back(*eeprom);
@@ -281,10 +293,11 @@ bool program_with_tries(ChipOperations& ops, int address, int word) {
 // in the few exchanges between the erase and these cycles. Nothing here
 // heeds an interrupt: it is the erase's own second half.
 void restore_calibration(ChipOperations& ops, const Preflight& preflight, CommandResult& result) {
-  const int config = (kBlankWord & ~kBandGapBits) | preflight.band_gap;
+  const CalibrationFacts& calibration = *preflight.chip->calibration;
+  const int config = (kBlankWord & ~calibration.band_gap) | preflight.band_gap;
   bool kept = true;
   if (preflight.calibration)
-    kept = program_with_tries(ops, kCalibrationAddress, *preflight.calibration);
+    kept = program_with_tries(ops, calibration.address, *preflight.calibration);
   kept = program_with_tries(ops, kConfigAddress, config) && kept;
   if (kept) return;
   std::string what;
@@ -297,14 +310,12 @@ void restore_calibration(ChipOperations& ops, const Preflight& preflight, Comman
 // put back as they were when it ends.
 class CheckedScope {
  public:
-  CheckedScope(ChipOperations& ops, int entry) : ops_(ops), erase_mode_(ops.state().EraseMode) {
-    ops.state().EraseMode = safe_erase_mode(entry, erase_mode_);
+  explicit CheckedScope(ChipOperations& ops) : ops_(ops) {
     ops.step_over_blank_words = true;
     ops.stop_on_failure = true;
     ops.fail_mark();
   }
   ~CheckedScope() {
-    ops_.state().EraseMode = erase_mode_;
     ops_.step_over_blank_words = false;
     ops_.stop_on_failure = false;
     ops_.chip_words = 0;
@@ -314,8 +325,16 @@ class CheckedScope {
 
  private:
   ChipOperations& ops_;
-  std::string erase_mode_;
 };
+
+// The chip's own erase; the entry's documented one when no chip is known.
+void erase_chip(ChipOperations& ops, const Preflight& preflight) {
+  if (preflight.chip) {
+    ops.erase_with(preflight.chip->erase);
+  } else {
+    ops.CHIP_ERASE();
+  }
+}
 
 CommandResult refused_result() {
   CommandResult refused;
@@ -325,31 +344,33 @@ CommandResult refused_result() {
 
 }  // namespace
 
-CommandResult run_checked_write(ChipOperations& ops, int entry, std::optional<int> last,
-                                Preflight& preflight) {
-  CheckedScope scope(ops, entry);
-  preflight = preflight_write(ops, entry);
+CommandResult run_checked_write(ChipOperations& ops, const ChipTarget& target,
+                                std::optional<int> last, Preflight& preflight) {
+  CheckedScope scope(ops);
+  preflight = preflight_write(ops, target);
   if (preflight.refused) return refused_result();
   ops.chip_words = preflight.program_words;
   const int range = last ? std::clamp(*last, 0, preflight.program_words) : preflight.last_address;
-  const bool calibrated = preflight.chip && preflight.chip->calibrated;
+  const bool calibrated = preflight.chip && preflight.chip->calibrated();
   return run_write(ops, static_cast<std::int16_t>(range), [&](CommandResult& result) {
+    erase_chip(ops, preflight);
     if (calibrated) restore_calibration(ops, preflight, result);
   });
 }
 
-CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& preflight) {
-  CheckedScope scope(ops, entry);
-  preflight = check_chip(ops, entry);
+CommandResult run_checked_erase(ChipOperations& ops, const ChipTarget& target,
+                                Preflight& preflight) {
+  CheckedScope scope(ops);
+  preflight = check_chip(ops, target);
   if (preflight.refused || preflight_must_end(ops, preflight, nullptr)) return refused_result();
-  const bool calibrated = preflight.chip && preflight.chip->calibrated;
+  const bool calibrated = preflight.chip && preflight.chip->calibrated();
   if (calibrated) {
     int word = kBlankWord, config = kBlankWord;
-    const bool read = read_calibration(ops, word, config);
+    const bool read = read_calibration(ops, *preflight.chip->calibration, word, config);
     if (preflight_must_end(ops, preflight, read ? nullptr : "reading the calibration word")) {
       return refused_result();
     }
-    preflight.band_gap = config & kBandGapBits;
+    preflight.band_gap = config & preflight.chip->calibration->band_gap;
     if (is_retlw(word)) {
       preflight.calibration = word;
       preflight.findings.push_back("calibration " + four_digits(word) + " kept");
@@ -364,7 +385,7 @@ CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& prefl
   ops.set_supply(true);
   // Asked to stop before the erase: nothing is erased.
   if (!ops.stop_requested()) {
-    ops.CHIP_ERASE();
+    erase_chip(ops, preflight);
     if (calibrated) restore_calibration(ops, preflight, result);
   }
   result.stopped = ops.stop_requested();

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "devices/device_library.h"
 #include "programming/chip_operations.h"
-#include "programming/chips.h"
 #include "programming/commands.h"
 
 namespace zenta {
@@ -29,7 +29,7 @@ struct Preflight {
   // An exchange failed while reading what the chip must keep ("reading the
   // calibration word"): the chip was not touched.
   std::string failed_while;
-  std::optional<ChipFacts> chip;
+  std::optional<ChipDescription> chip;
   int revision = 0;
   int program_words = 0;          // of the chip that answered, or the entry's
   std::int16_t last_address = 0;  // the image's words within the chip
@@ -53,38 +53,43 @@ std::optional<std::string> eeprom_data_finding(const ProgrammerState& state);
 // The image's configuration word (0x2007) when it holds one.
 std::optional<std::uint16_t> image_config_word(const ProgrammerState& state);
 
-// The erase procedure a safe write or erase uses for an entry: the
-// documented one, except where the chips of the entry need more. The
-// 16F818/819 only arm their bulk erase with 09; Begin Erase (08) carries it
-// out, which the documented procedure never sends.
-std::string safe_erase_mode(int entry, const std::string& documented);
+// The chip a checked operation expects: one the user named, else any chip
+// of the catalogue entry.
+struct ChipTarget {
+  int entry = 0;
+  std::optional<ChipDescription> chip;
+};
 
-// The chip's ID against catalogue entry `entry`, the target powered around
-// it. A blank answer is accepted only by the 16F84 entry, whose chip has no
-// ID word.
-Preflight check_chip(ChipOperations& ops, int entry);
+// The chip that gives a blank answer: the one named when it has no ID word,
+// else the entry's largest chip without one (a smaller one must be named).
+std::optional<ChipDescription> chip_without_id(const ChipTarget& target);
+
+// The chip's ID against the target, the target powered around it. A blank
+// answer is accepted only for a chip without an ID word: the one named, or
+// the entry's largest such chip (a smaller one must be named).
+Preflight check_chip(ChipOperations& ops, const ChipTarget& target);
 
 // The pre-flight of a write: the chip check, then on calibrated chips the
 // calibration word at 0x3FF and the band-gap bits, kept for the write and
 // in the configuration word, and the last address of the image within the
 // chip. Adjusts state (ConfigWord and its bytes). Any exchange that fails
 // here refuses the write: what the chip must keep is not known.
-Preflight preflight_write(ChipOperations& ops, int entry);
+Preflight preflight_write(ChipOperations& ops, const ChipTarget& target);
 
 // A checked WRITE, the whole of it: the pre-flight, then the documented
-// write with the entry's safe erase, blank words stepped over, the address
+// write with the chip's own erase, blank words stepped over, the address
 // walk held inside the chip, no cycle sent after a failed exchange, and on
 // calibrated chips the calibration word and band-gap bits programmed back
 // and read back first thing after the erase. `last` (the user's last
 // address) is held to the chip's memory; without it the image's own range
 // is written. `preflight` gets what was found.
-CommandResult run_checked_write(ChipOperations& ops, int entry, std::optional<int> last,
-                                Preflight& preflight);
+CommandResult run_checked_write(ChipOperations& ops, const ChipTarget& target,
+                                std::optional<int> last, Preflight& preflight);
 
-// A checked ERASE: the chip check, then the erase of the entry's safe
-// procedure; on calibrated chips the calibration word and band-gap bits are
-// read first and programmed back, and read back, right after it. The
+// A checked ERASE: the chip check, then the chip's own erase; on calibrated chips the calibration
+// word and band-gap bits are read first and programmed back, and read back, right after it. The
 // result is the erase's; `preflight` gets what was found.
-CommandResult run_checked_erase(ChipOperations& ops, int entry, Preflight& preflight);
+CommandResult run_checked_erase(ChipOperations& ops, const ChipTarget& target,
+                                Preflight& preflight);
 
 }  // namespace zenta

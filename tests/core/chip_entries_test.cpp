@@ -127,7 +127,9 @@ TEST(ChipEntries, SafeWriteStopsTheImageAtTheChipsEnd) {
       blank_program_image(rig.state);
       for (int w = 0; w < words; ++w) rig.state.set_word(w, 0x2000 + (w & 0xFF));
       Preflight preflight;
-      rig.run([&](ChipOperations& ops) { preflight = preflight_write(ops, c.entry); });
+      rig.run([&](ChipOperations& ops) {
+        preflight = preflight_write(ops, {c.entry, std::nullopt});
+      });
       EXPECT_EQ(preflight.refused, words > chip_words) << words;
       if (!preflight.refused) {
         EXPECT_EQ(preflight.last_address, chip_words);

@@ -12,6 +12,7 @@
 
 #include "cli_rig.h"
 #include "common/interrupt.h"
+#include "devices/device_library.h"
 #include "fakes.h"
 #include "image/hex_check.h"
 #include "image/hex_loader.h"
@@ -20,7 +21,6 @@
 #include "link/sim/sim_unit.h"
 #include "link/unit.h"
 #include "panel_rig.h"
-#include "programming/chips.h"
 #include "programming/commands.h"
 #include "programming/safe_programming.h"
 #include "temp_dir.h"
@@ -60,10 +60,10 @@ struct Outcome {
 // A checked write of a small program with __CONFIG (or a checked erase) on
 // a chip that holds an old program and, when calibrated, its factory
 // calibration, with `fault` at exchange `at`.
-Outcome run_checked(const ChipFacts& chip, bool write, Fault fault, int at) {
+Outcome run_checked(const ChipDescription& chip, bool write, Fault fault, int at) {
   sim::SimUnit unit(chip.name);
   unit.set_program_word(0, kOldWord);
-  if (chip.calibrated) {
+  if (chip.calibrated()) {
     unit.set_program_word(0x3FF, kCalibration);
     unit.set_config_word(kChipConfig);
   }
@@ -74,7 +74,7 @@ Outcome run_checked(const ChipFacts& chip, bool write, Fault fault, int at) {
   Unit opened(unit, host);
   opened.open();
   ProgrammerState state;
-  select_device_parameters(state, chip.entry);
+  select_device_parameters(state, *chip.entry);
   InterruptingReport report(unit, fault == Fault::kInterrupt ? static_cast<std::size_t>(at)
                                                              : static_cast<std::size_t>(-1));
   ChipOperations ops(opened, state, report);
@@ -88,9 +88,9 @@ Outcome run_checked(const ChipFacts& chip, bool write, Fault fault, int at) {
     state.ConfigHigh = static_cast<std::int16_t>(config >> 8);
     state.ConfigLow = static_cast<std::int16_t>(config & 0xFF);
     state.DataLoaded = 1;
-    run.result = run_checked_write(ops, chip.entry, std::nullopt, run.preflight);
+    run.result = run_checked_write(ops, {*chip.entry, std::nullopt}, std::nullopt, run.preflight);
   } else {
-    run.result = run_checked_erase(ops, chip.entry, run.preflight);
+    run.result = run_checked_erase(ops, {*chip.entry, std::nullopt}, run.preflight);
   }
   run.exchanges = unit.trace().size();
   for (std::size_t i = 0; i < unit.trace().size(); ++i) {
@@ -103,7 +103,7 @@ Outcome run_checked(const ChipFacts& chip, bool write, Fault fault, int at) {
     run.lost = true;
     run.why += why + "; ";
   };
-  if (chip.calibrated && !run.result.calibration_at_risk) {
+  if (chip.calibrated() && !run.result.calibration_at_risk) {
     if (unit.program_word(0x3FF) != kCalibration) broken("calibration word");
     if ((unit.config_word() & 0x3000) != (kChipConfig & 0x3000)) broken("band-gap bits");
   }
@@ -114,13 +114,13 @@ Outcome run_checked(const ChipFacts& chip, bool write, Fault fault, int at) {
   if (run.result.ok() && write) {
     for (int w = 0; w < chip.program_words; ++w) {
       const int meant =
-          w < 16 ? 0x2800 + w : (chip.calibrated && w == 0x3FF ? kCalibration : 0x3FFF);
+          w < 16 ? 0x2800 + w : (chip.calibrated() && w == 0x3FF ? kCalibration : 0x3FFF);
       if (unit.program_word(w) != meant) {
         broken("word " + std::to_string(w) + " differs after a write said complete");
         break;
       }
     }
-    const int band_gap = chip.calibrated ? (kChipConfig & 0x3000) : (config & 0x3000);
+    const int band_gap = chip.calibrated() ? (kChipConfig & 0x3000) : (config & 0x3000);
     if (unit.config_word() != ((config & ~0x3000) | band_gap)) broken("configuration word");
   }
   if (run.result.ok() && !write && unit.program_word(0) != 0x3FFF) broken("erase said complete");
@@ -134,7 +134,7 @@ Outcome run_checked(const ChipFacts& chip, bool write, Fault fault, int at) {
 // holding exactly the image.
 TEST(SafeEdges, OneFaultOrInterruptAnywhereNeverCostsTheChip) {
   for (const char* name : {"12F675", "16F630", "16F877A", "16F628A", "16F84A", "16F819"}) {
-    const ChipFacts chip = *chip_by_name(name);
+    const ChipDescription chip = *chip_by_name(name);
     for (const bool write : {true, false}) {
       SCOPED_TRACE(std::string(name) + (write ? " write" : " erase"));
       const Outcome clean = run_checked(chip, write, Fault::kNone, 0);
@@ -174,15 +174,15 @@ TEST(SafeEdges, OneFaultOrInterruptAnywhereNeverCostsTheChip) {
 // would meet again if the walk wrapped) is written whole on every chip and
 // reads back exactly.
 TEST(SafeEdges, ImagesReachingTheLastWordAreWrittenWholeOnEveryChip) {
-  for (const ChipFacts& chip : known_chips()) {
+  for (const ChipDescription& chip : devices().chips) {
     SCOPED_TRACE(chip.name);
     sim::SimUnit unit(chip.name);
-    if (chip.calibrated) unit.set_program_word(0x3FF, kCalibration);
+    if (chip.calibrated()) unit.set_program_word(0x3FF, kCalibration);
     FakeHost host;
     Unit opened(unit, host);
     opened.open();
     ProgrammerState state;
-    select_device_parameters(state, chip.entry);
+    select_device_parameters(state, *chip.entry);
     blank_program_image(state);
     const int last = chip.program_words - 1;
     const std::map<int, int> image = {{0, 0x1234}, {7, 0x2345}, {last - 1, 0x0ABC}, {last, 0x3456}};
@@ -196,7 +196,8 @@ TEST(SafeEdges, ImagesReachingTheLastWordAreWrittenWholeOnEveryChip) {
     ChipOperations ops(opened, state, report);
     ops.checked = true;
     Preflight preflight;
-    const CommandResult result = run_checked_write(ops, chip.entry, std::nullopt, preflight);
+    const CommandResult result =
+        run_checked_write(ops, {*chip.entry, std::nullopt}, std::nullopt, preflight);
     EXPECT_TRUE(result.ok());
     for (int w = 0; w < chip.program_words; ++w) {
       const auto it = image.find(w);

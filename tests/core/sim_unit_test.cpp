@@ -13,36 +13,6 @@
 namespace zenta::testing {
 namespace {
 
-// Every chip with the memory its data sheet gives, and an ID the panel's ID
-// table names as that chip (the 16F84 has none and reads as all ones).
-TEST(SimChip, EachChipHasItsTrueSizesAndAnIdThePanelNames) {
-  const std::map<std::string, std::pair<int, int>> sizes = {
-      {"16F84", {1024, 64}},    {"16F84A", {1024, 64}},   {"16F627", {1024, 128}},
-      {"16F628", {2048, 128}},  {"16F627A", {1024, 128}}, {"16F628A", {2048, 128}},
-      {"16F648A", {4096, 256}}, {"16F870", {2048, 64}},   {"16F871", {2048, 64}},
-      {"16F872", {2048, 64}},   {"16F873", {4096, 128}},  {"16F874", {4096, 128}},
-      {"16F876", {8192, 256}},  {"16F877", {8192, 256}},  {"16F873A", {4096, 128}},
-      {"16F874A", {4096, 128}}, {"16F876A", {8192, 256}}, {"16F877A", {8192, 256}},
-      {"12F629", {1024, 128}},  {"12F675", {1024, 128}},  {"16F630", {1024, 128}},
-      {"16F676", {1024, 128}},  {"16F818", {1024, 128}},  {"16F819", {2048, 256}}};
-  ASSERT_EQ(sim::chip_models().size(), sizes.size());
-  for (const sim::ChipModel& model : sim::chip_models()) {
-    SCOPED_TRACE(model.name);
-    ASSERT_EQ(sizes.count(model.name), 1u);
-    EXPECT_EQ(std::make_pair(model.program_words, model.eeprom_bytes), sizes.at(model.name));
-    SimRig rig(model.name);
-    rig.power_and_enter();
-    rig.send({ICSP_LOAD_CONFIG, 0x3F, 0xFF});
-    for (int i = 0; i < 6; ++i) rig.send({ICSP_INC_ADDR, 0});
-    const int id = rig.read_word();
-    EXPECT_EQ(device_id_name(static_cast<std::uint16_t>(id)), model.name);
-    EXPECT_EQ(id == 0x3FFF, model.name == "16F84");
-    // The revision is a revision: the bits the ID table masks off.
-    EXPECT_EQ(device_id_key(static_cast<std::uint16_t>(id)),
-              model.name == "16F84" ? 0x3FE0 : model.device_id);
-  }
-}
-
 TEST(SimChip, EachEraseClearsWhatThatFamilyClearsAndProtectionBlocks) {
   const Packet blank{ICSP_LOAD_DATA, 0x3F, 0xFF}, setup{ICSP_BULK_SETUP1},
       cycle{ICSP_BEGIN_ERASE_PROG}, bulk{ICSP_BULK_ERASE_PROG}, chip_erase{ICSP_CHIP_ERASE},

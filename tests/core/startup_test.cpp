@@ -49,7 +49,7 @@ TEST(Startup, NoUnitEndsBeforeAnythingElseWhateverTheCode) {
 TEST(Startup, NamesTheChipInTheSocket) {
   const std::pair<const char*, const char*> cases[] = {{"16F628A", "Device=16F628A (1062)"},
                                                        {"12F675", "Device=12F675 (FC4)"},
-                                                       {"16F877", "Device=16F877 (9A3)"},
+                                                       {"16F877", "Device=16F877 (9A2)"},
                                                        {"none", "Device=16F84 (3FFF)"}};
   for (const auto& [chip, notes] : cases) {
     testing::FormParts<sim::SimUnit> panel(chip);

@@ -5,16 +5,17 @@
 
 cmake_minimum_required(VERSION 3.25)
 
-set(core_below_programming common link image programming)
+set(core_below_programming common devices link image programming)
 set(allowed_common common)
-set(allowed_link common link)
-set(allowed_image common link image)
+set(allowed_devices common devices)
+set(allowed_link common devices link)
+set(allowed_image common devices link image)
 set(allowed_programming ${core_below_programming})
 set(allowed_toolchain ${core_below_programming} toolchain)
 set(allowed_instruments ${core_below_programming} instruments)
 set(allowed_converter common converter)
 set(allowed_panel ${core_below_programming} toolchain instruments converter panel)
-set(allowed_platform common link platform)
+set(allowed_platform common devices link platform)
 set(ui_folders image/ui toolchain/ui instruments/ui converter/ui)
 
 # The folder a source file or an include belongs to: "link" for

@@ -51,6 +51,8 @@ constexpr CommandInfo kCommands[] = {
      "as gputils puts it)",
      ""},
     {"units", Command::kUnits, "list the units plugged in on USB", ""},
+    {"devices", Command::kDevices,
+     "list the chips described (data/devices, ~/.config/zenta/devices)", ""},
     {"udev-rule", Command::kUdevRule,
      "print the udev rule that lets a user open the unit (for "
      "/etc/udev/rules.d/60-zenta.rules; ZENTA_USB_ID applies)",
@@ -228,6 +230,10 @@ class Parser {
         break;
       case Command::kReadEeprom:
         output_option(sub, "FILE.hex", kSaved, false);
+        break;
+      case Command::kDevices:
+        value(sub, "--check", "FILE", "check a device description file and say what is wrong",
+              [this](const std::string& file) { options_.check_file = file; });
         break;
       case Command::kCapture:
         value(sub, "--period", "N", "sample period, 0 to 100 (x 0.1 ms); default 1",

@@ -28,6 +28,7 @@ enum class Command {
   kVolts,
   kFreq,
   kCount,
+  kDevices,
 };
 
 // The command's name as typed ("read-eeprom"); "" for help and --version.
@@ -58,6 +59,7 @@ struct Options {
   std::optional<float> att;    // volts --att; without it the panel's stored one
   bool slow_gate = false;      // freq --gate 1s (else 100ms)
   std::string counter_action;  // count clear|start|stop|read
+  std::string check_file;      // devices --check FILE
 };
 
 struct ParseResult {

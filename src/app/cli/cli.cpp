@@ -16,7 +16,9 @@
 #include "cli/commands.h"
 #include "cli/console.h"
 #include "cli/record.h"
+#include "common/input_file.h"
 #include "common/interrupt.h"
+#include "devices/device_library.h"
 #include "image/programmer_state.h"
 #include "link/sim/sim_unit.h"
 #include "link/trace_driver.h"
@@ -24,6 +26,7 @@
 #include "platform/driver_factory.h"
 #include "platform/udev_rule.h"
 #include "platform/usb_units.h"
+#include "programming/device_catalogue.h"
 
 #ifdef _WIN32
 #include <io.h>
@@ -167,6 +170,34 @@ int print_udev_rule(std::ostream& out, [[maybe_unused]] std::ostream& err) {
   return kExitOk;
 }
 
+// Every chip described, with its family, memories, entry and document; a
+// file that was refused is named with its errors. With --check, one file.
+int list_devices(const Options& options, std::ostream& out, std::ostream& err) {
+  DeviceLibrary library;
+  if (!options.check_file.empty()) {
+    const InputFile file = read_input_file(options.check_file, 1 << 20);
+    if (!file.ok)
+      return usage_error(err, "cannot read '" + options.check_file + "': " + file.reason);
+    library = parse_device_file(file.text, options.check_file);
+  } else {
+    library = devices();
+  }
+  for (const DeviceFileError& error : library.errors) err << "zenta: " << error.text() << '\n';
+  for (const ChipDescription& chip : library.chips) {
+    char line[160];
+    std::snprintf(line, sizeof line, "%-9s %-8s %5d words %4d EEPROM bytes  %-11s %s\n",
+                  chip.name.c_str(), chip.family.c_str(), chip.program_words, chip.eeprom_bytes,
+                  chip.entry ? device_record(*chip.entry).caption : "(no entry)",
+                  chip.document.c_str());
+    out << line;
+  }
+  if (!options.check_file.empty() && library.errors.empty()) {
+    err << "zenta: " << options.check_file << ": " << library.chips.size() << " chip"
+        << (library.chips.size() == 1 ? "" : "s") << ", no errors\n";
+  }
+  return library.errors.empty() ? kExitOk : kExitFailed;
+}
+
 int list_plugged_units(const Options& options, std::ostream& out, std::ostream& err) {
   std::vector<PluggedUnit> units;
 #ifdef ZENTA_HAVE_LIBUSB
@@ -230,7 +261,7 @@ std::optional<std::string> files_in_two_roles(const Options& options) {
 int run_unit(const Options& options, DriverChoice& choice, const std::string& name,
              std::ostream& out, std::ostream& err, bool err_terminal) {
   // A bad device is bad usage, found before the unit is touched.
-  const std::optional<int> device = device_index(options.device);
+  const std::optional<DeviceChoice> device = device_choice(options.device);
   if (!device) {
     return usage_error(err,
                        "unknown device '" + options.device + "' (use " + device_choices() + ")");
@@ -297,7 +328,8 @@ int run_unit(const Options& options, DriverChoice& choice, const std::string& na
   }
   // With --json the data go into the record only.
   std::ostringstream sink;
-  Session session{unit, *state, console, options, options.json ? sink : out, err, *device, record};
+  Session session{unit, *state,        console, options,     options.json ? sink : out,
+                  err,  device->entry, record,  device->chip};
   const auto start = std::chrono::steady_clock::now();
   record.status = run_command(session);
   record.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -375,6 +407,7 @@ int run(const Options& options, std::ostream& out, std::ostream& err, bool err_t
   if (options.command == Command::kProgramVersion) return run_program_version(out);
   if (options.command == Command::kUnits) return list_plugged_units(options, out, err);
   if (options.command == Command::kUdevRule) return print_udev_rule(out, err);
+  if (options.command == Command::kDevices) return list_devices(options, out, err);
   if (options.units.size() > 1) return run_several(options, out, err);
   const std::string unit = options.units.empty() ? default_unit() : options.units[0];
   DriverChoice choice = make_driver(unit);

@@ -11,30 +11,27 @@
 #include "cli/output.h"
 #include "common/input_file.h"
 #include "common/number_text.h"
+#include "devices/device_library.h"
 #include "image/hex_check.h"
 #include "image/hex_loader.h"
 #include "image/hex_writer.h"
-#include "programming/chips.h"
 #include "programming/commands.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
-#include "programming/safe_programming.h"
+#include "programming/operation.h"
 
 namespace zenta::cli {
 
 namespace {
 
-constexpr int k16F84Entry = 2;
-constexpr int kConfigAddress = 0x2007;
-
 bool quiet(const Session& s) {
   return s.options.verbosity == Verbosity::kQuiet;
 }
 
-// Turns a command's result into the record: the outcome line when
+// Turns an operation's result into the record: the outcome line when
 // everything went through, else the first thing that went wrong. Returns
 // the exit status.
-int conclude(Session& s, const CommandResult& result) {
+int conclude(Session& s, const OperationResult& result) {
   s.console.finish();
   RunRecord& record = s.record;
   if (result.mismatch) {
@@ -45,6 +42,7 @@ int conclude(Session& s, const CommandResult& result) {
       result.target_powered
           ? "; the target may still be powered: unplug the unit before taking the chip out"
           : "";
+  const Preflight& preflight = result.preflight;
   if (result.calibration_at_risk) {
     record.fail("the chip was erased, but its " + *result.calibration_at_risk +
                 " could not be written back: write them back before the chip is used" + powered);
@@ -52,6 +50,21 @@ int conclude(Session& s, const CommandResult& result) {
     record.fail((loss == LinkLoss::kUnplugged ? "the unit was unplugged during the command"
                                               : "the unit stopped answering during the command") +
                 powered);
+  } else if (preflight.refused && result.target_powered) {
+    record.fail(
+        "the chip check failed and switching the target off failed: the target may "
+        "still be powered; unplug the unit");
+  } else if (preflight.interrupted) {
+    record.fail("interrupted before the chip was touched; the target is switched off",
+                "interrupted");
+  } else if (!preflight.failed_while.empty()) {
+    record.fail("an exchange with the unit failed while " + preflight.failed_while +
+                    "; the chip was not touched",
+                "refused");
+  } else if (preflight.refused) {
+    record.fail(preflight.refusal.empty() ? "the chip check failed: exchanges with the unit failed"
+                                          : "refused: " + preflight.refusal,
+                "refused");
   } else if (result.failed_exchanges != 0) {
     record.fail(std::to_string(result.failed_exchanges) + " exchange" +
                 (result.failed_exchanges == 1 ? "" : "s") + " with the unit failed" +
@@ -62,7 +75,7 @@ int conclude(Session& s, const CommandResult& result) {
                     : "interrupted; the unit left programming mode and switched the target off",
                 "interrupted");
   } else if (result.refused) {
-    record.fail("refused: " + s.console.last_box(), "refused");
+    record.fail("refused: " + result.box, "refused");
   } else if (result.target_powered) {
     record.fail("the target may still be powered: switching it off failed; unplug the unit");
   } else if (result.mismatch) {
@@ -76,10 +89,34 @@ int conclude(Session& s, const CommandResult& result) {
                           ", not " + four_digits(sent)
                     : "the configuration word " + four_digits(sent) + " has no packet");
   } else {
-    record.message = s.console.notes_text();
+    record.message = result.notes;
     return kExitOk;
   }
   return kExitFailed;
+}
+
+// Findings of the safe-programming checks, on standard error.
+void tell_findings(Session& s, const std::vector<std::string>& findings) {
+  for (const std::string& finding : findings) {
+    s.record.values.emplace_back("finding", finding);
+    if (!quiet(s)) s.err << "zenta: " << finding << '\n';
+  }
+}
+
+// One operation through the programming core's door; the checks' findings
+// go to standard error before the outcome.
+OperationResult run_op(Session& s, ChipOperations& ops, OperationKind what,
+                       std::optional<std::int16_t> last_address = std::nullopt,
+                       std::optional<int> limit = std::nullopt) {
+  OperationRequest request;
+  request.what = what;
+  request.target = {s.device, s.chip};
+  request.exact = s.options.exact;
+  request.last_address = last_address;
+  request.limit = limit;
+  OperationResult result = do_op(ops, request);
+  tell_findings(s, result.preflight.findings);
+  return result;
 }
 
 // What the panel's LAST box holds after the number was put in: a value
@@ -92,14 +129,11 @@ std::int16_t last_box(const ProgrammerState& state, int value) {
 // (--device 16F628A, or the chip --device auto found), else the entry's.
 HexChipSpace file_space(const Session& s) {
   HexChipSpace space{s.state.ProgramSize, static_cast<int>(s.state.EepromLastAddress) + 1,
-                     std::string(device_record(s.device).caption) + " entry"};
-  const std::string& named = s.options.device == "auto" ? s.record.chip : s.options.device;
-  if (!find_device(named)) {
-    if (const auto chip = chip_by_name(named)) {
-      space.program_words = std::min(space.program_words, chip->program_words);
-      space.eeprom_bytes = chip->eeprom_bytes;
-      space.name = chip->name;
-    }
+                     s.device >= 0 ? std::string(device_record(s.device).caption) + " entry" : ""};
+  if (s.chip) {
+    space.program_words = std::min(space.program_words, s.chip->program_words);
+    space.eeprom_bytes = s.chip->eeprom_bytes;
+    space.name = s.chip->name;
   }
   return space;
 }
@@ -202,79 +236,68 @@ int version(Session& s) {
   return kExitOk;
 }
 
+// The chips without an ID word, for the message that asks to name one.
+std::string chip_names_without_id() {
+  std::string names;
+  for (const ChipDescription& chip : devices().chips) {
+    if (!chip.id) names += (names.empty() ? "" : ", ") + chip.name;
+  }
+  return names;
+}
+
 // The device entry for the session; with auto, from the chip's ID (the
 // target powered around the read). `identified` keeps that read for `id`.
-int choose_device(Session& s, ChipOperations& ops, std::optional<CommandResult>& identified) {
+int choose_device(Session& s, ChipOperations& ops, std::optional<OperationResult>& identified) {
   if (s.device == kAutoDevice) {
-    identified = run_identify(ops);
+    identified = run_op(s, ops, OperationKind::kIdentify);
     if (const int status = conclude(s, *identified); status != kExitOk) return status;
     const auto id = static_cast<std::uint16_t>(identified->device->id);
     const auto chip = chip_by_id(id);
     if (!chip) {
       s.record.fail(no_chip_answer(id)
                         ? "no chip answered (ID word " + four_digits(id) +
-                              "); a 16F84 has no ID word: give --device 16F84"
+                              "); a chip without an ID word (" + chip_names_without_id() +
+                              ") must be named: give --device NAME"
                         : "no device entry programs the chip with ID word " + four_digits(id));
       return kExitFailed;
     }
-    s.device = chip->entry;
+    s.chip = chip;
+    s.device = chip->entry.value_or(kNoEntry);
     s.record.chip = chip->name;
+  }
+  if (s.device == kNoEntry) {
+    if (s.options.exact) {
+      s.record.fail("--exact runs the documented entries only, and no entry programs the " +
+                        s.chip->name + "; leave --exact out",
+                    "refused");
+      return kExitFailed;
+    }
+    select_chip_parameters(s.state, *s.chip);
+    s.record.device = s.chip->name;
+    return kExitOk;
   }
   select_device_parameters(s.state, s.device);
   s.record.device = device_record(s.device).caption;
   return kExitOk;
 }
 
-int identify(Session& s, ChipOperations& ops, std::optional<CommandResult> identified) {
+int identify(Session& s, ChipOperations& ops, std::optional<OperationResult> identified) {
   if (!identified) {
-    identified = run_identify(ops);
+    identified = run_op(s, ops, OperationKind::kIdentify);
     if (const int status = conclude(s, *identified); status != kExitOk) return status;
   }
   const auto id = static_cast<std::uint16_t>(identified->device->id);
-  // Only the 16F84's entry takes the blank answer for a chip: that chip has
-  // no ID word.
-  if (no_chip_answer(id) && !(s.device == k16F84Entry && id == 0x3FFF)) {
+  const auto chip = chip_by_id(id);
+  // A blank answer is a chip only where the chip expected has no ID word.
+  std::optional<ChipDescription> blank;
+  if (id == 0x3FFF) blank = chip_without_id({s.device, s.chip});
+  if (no_chip_answer(id) && !blank) {
     s.record.fail("no chip answered (ID word " + four_digits(id) + ")");
     return kExitFailed;
   }
-  const auto chip = chip_by_id(id);
-  s.record.chip = chip ? chip->name : (no_chip_answer(id) ? "16F84" : "");
-  s.record.message = s.console.notes_text();
+  s.record.chip = chip ? chip->name : (blank ? blank->name : "");
+  s.record.message = identified->notes;
   return kExitOk;
-}
-
-// A refused pre-flight; without a refusal text an exchange failed there,
-// which the link has reported, or the command was interrupted.
-void refuse(Session& s, const Preflight& preflight, const ChipOperations& ops) {
-  if (ops.target_may_be_powered()) {
-    s.record.fail(
-        "the chip check failed and switching the target off failed: the target may "
-        "still be powered; unplug the unit");
-  } else if (preflight.interrupted) {
-    s.record.fail("interrupted before the chip was touched; the target is switched off",
-                  "interrupted");
-  } else if (!preflight.failed_while.empty()) {
-    s.record.fail("an exchange with the unit failed while " + preflight.failed_while +
-                      "; the chip was not touched",
-                  "refused");
-  } else {
-    s.record.fail(preflight.refusal.empty()
-                      ? "the chip check failed: exchanges with the unit failed"
-                      : "refused: " + preflight.refusal,
-                  "refused");
-  }
-}
-
-// Findings of the safe-programming checks, on standard error.
-void tell_findings(Session& s, const std::vector<std::string>& findings) {
-  for (const std::string& finding : findings) {
-    s.record.values.emplace_back("finding", finding);
-    if (!quiet(s)) s.err << "zenta: " << finding << '\n';
-  }
-}
-
-void print_config_source(Session& s, const std::string& source) {
-  s.out << "Configuration word " << four_digits(s.state.ConfigWord) << " (" << source << ")\n";
 }
 
 void set_config_word(ProgrammerState& state, int word) {
@@ -283,25 +306,18 @@ void set_config_word(ProgrammerState& state, int word) {
   state.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
 }
 
+void print_config_source(Session& s, const std::string& source) {
+  s.out << "Configuration word " << four_digits(s.state.ConfigWord) << " (" << source << ")\n";
+}
+
 int erase(Session& s, ChipOperations& ops) {
-  if (s.options.exact) return conclude(s, run_erase(ops));
-  // The chip must be the entry's; calibrated chips get their calibration
-  // word and band-gap bits back right after the erase.
-  Preflight preflight;
-  const CommandResult result = run_checked_erase(ops, s.device, preflight);
-  tell_findings(s, preflight.findings);
-  if (preflight.refused) {
-    s.console.finish();
-    refuse(s, preflight, ops);
-    return kExitFailed;
-  }
-  s.console.notes("Chip Erase Complete", 0);
+  const OperationResult result = run_op(s, ops, OperationKind::kErase);
   return conclude(s, result);
 }
 
 int write(Session& s, ChipOperations& ops) {
   if (!load_image(s)) return kExitFailed;
-  const int image_config = s.state.word(kConfigAddress);
+  const int image_config = s.state.word(kConfigWordAddress);
   int word = s.state.ConfigWord;
   std::string source = "the device's default";
   if (s.options.config) {
@@ -316,72 +332,32 @@ int write(Session& s, ChipOperations& ops) {
   if (s.options.exact) {
     s.console.finish();
     if (!quiet(s)) print_config_source(s, source);
-    return conclude(s, run_write(ops, image_last_address(s)));
   }
   // The chip must be the entry's, keep its calibration, and get just the
   // image's words, before anything is erased.
-  Preflight preflight;
-  const CommandResult result = run_checked_write(
-      ops, s.device, s.options.last ? std::optional<int>(*s.options.last) : std::nullopt,
-      preflight);
-  tell_findings(s, preflight.findings);
+  const OperationResult result =
+      run_op(s, ops, OperationKind::kWrite, image_last_address(s),
+             s.options.last ? std::optional<int>(*s.options.last) : std::nullopt);
   s.console.finish();
-  if (preflight.refused) {
-    refuse(s, preflight, ops);
-    return kExitFailed;
-  }
-  if (!quiet(s)) print_config_source(s, source);
+  if (!s.options.exact && !result.preflight.refused && !quiet(s)) print_config_source(s, source);
   return conclude(s, result);
 }
 
 int verify(Session& s, ChipOperations& ops) {
   if (!load_image(s)) return kExitFailed;
-  if (s.options.exact) {
-    // The VERIFY button's own range: up to, not including, the LAST box as
-    // the write takes it.
-    s.state.LastAddress = image_last_address(s);
-    return conclude(s, run_verify(ops));
-  }
-  // Every word of the file through its last program word (or through
-  // --last), then the file's configuration word when it holds one.
-  const int last = s.options.last ? std::min<int>(*s.options.last, s.state.ProgramSize - 1)
-                                  : last_image_word(s.state, s.state.ProgramSize);
-  const int image_config = s.state.word(kConfigAddress);
-  const std::optional<int> config =
-      image_config != kBlankWord ? std::optional<int>(image_config) : std::nullopt;
-  // A calibrated chip keeps its own band-gap bits through every write.
-  const bool calibrated = entry_is_calibrated(s.device);
-  return conclude(s, run_verify_all(ops, last, config, calibrated ? 0x0FFF : 0x3FFF));
-}
-
-// A read in safe mode reads the memories of the chip that answered: an
-// entry's sizes can be larger than its chip's, whose words and bytes would
-// then be read again from address 0. False when the chip check refused.
-bool take_chip_sizes(Session& s, ChipOperations& ops) {
-  const Preflight chip = check_chip(ops, s.device);
-  tell_findings(s, chip.findings);
-  if (chip.refused) {
-    s.console.finish();
-    refuse(s, chip, ops);
-    return false;
-  }
-  s.state.ProgramSize = static_cast<std::int16_t>(chip.program_words);
-  if (chip.chip) {
-    s.state.EepromLastAddress = static_cast<std::int16_t>(chip.chip->eeprom_bytes - 1);
-  }
-  return true;
+  // The VERIFY button's own range in exact mode: up to, not including, the
+  // LAST box as the write takes it.
+  return conclude(s, run_op(s, ops, OperationKind::kVerify, image_last_address(s),
+                            s.options.last ? std::optional<int>(*s.options.last) : std::nullopt));
 }
 
 // Program memory through the device's size (or --last); with -o also the
 // configuration word and the EEPROM, so the file writes the same chip
 // again. The file is written only when every read went through.
 int read_program(Session& s, ChipOperations& ops) {
-  int end = s.options.last ? *s.options.last : s.state.ProgramSize;
-  if (!s.options.exact && !s.options.last) {
-    if (!take_chip_sizes(s, ops)) return kExitFailed;
-    end = s.state.ProgramSize;
-  }
-  const CommandResult program = run_read(ops, last_box(s.state, end));
+  const int end = s.options.last ? *s.options.last : s.state.ProgramSize;
+  const OperationResult program = run_op(s, ops, OperationKind::kRead, last_box(s.state, end),
+                                         s.options.last ? std::optional<int>(end) : std::nullopt);
   if (const int status = conclude(s, program); status != kExitOk) return status;
   const int count = program.read->next_address;
   if (s.options.output_file.empty()) {
@@ -389,12 +365,12 @@ int read_program(Session& s, ChipOperations& ops) {
     return kExitOk;
   }
   const std::string outcome = s.record.message;
-  const CommandResult config = run_read_config(ops);
+  const OperationResult config = run_op(s, ops, OperationKind::kReadConfig);
   if (const int status = conclude(s, config); status != kExitOk) return status;
-  const CommandResult eeprom = run_read_eeprom(ops);
+  const OperationResult eeprom = run_op(s, ops, OperationKind::kReadEeprom);
   if (const int status = conclude(s, eeprom); status != kExitOk) return status;
   std::vector<HexWord> words = program_hex_words(s.state, count);
-  words.push_back({kConfigAddress, static_cast<std::uint16_t>(*config.config_read)});
+  words.push_back({kConfigWordAddress, static_cast<std::uint16_t>(*config.config_read)});
   for (const HexWord& word : eeprom_hex_words(s.state, s.state.EepromLastAddress + 1)) {
     words.push_back(word);
   }
@@ -404,8 +380,10 @@ int read_program(Session& s, ChipOperations& ops) {
 }
 
 int read_eeprom(Session& s, ChipOperations& ops) {
-  if (!s.options.exact && !take_chip_sizes(s, ops)) return kExitFailed;
-  if (const int status = conclude(s, run_read_eeprom(ops)); status != kExitOk) return status;
+  if (const int status = conclude(s, run_op(s, ops, OperationKind::kReadEeprom));
+      status != kExitOk) {
+    return status;
+  }
   const int count = s.state.EepromLastAddress + 1;
   if (s.options.output_file.empty()) {
     s.out << eeprom_table(s.state, count);
@@ -422,20 +400,23 @@ std::string four_digits(int value) {
   return text;
 }
 
-std::optional<int> device_index(const std::string& text) {
-  if (text.empty()) return 1;
-  if (text == "auto") return kAutoDevice;
-  if (const auto entry = find_device(text)) return entry;
-  if (const auto chip = chip_by_name(text)) return chip->entry;
+std::optional<DeviceChoice> device_choice(const std::string& text) {
+  if (text.empty()) return DeviceChoice{1, std::nullopt};
+  if (text == "auto") return DeviceChoice{kAutoDevice, std::nullopt};
+  if (const auto entry = find_device(text)) return DeviceChoice{*entry, std::nullopt};
+  if (const auto chip = chip_by_name(text))
+    return DeviceChoice{chip->entry.value_or(kNoEntry), chip};
   return std::nullopt;
 }
 
 std::string device_choices() {
   std::string entries;
-  std::string chips;
   for (const DeviceRecord& record : DeviceCatalogue()) {
     entries += std::string(entries.empty() ? "" : ", ") + record.caption;
-    chips += (chips.empty() ? "" : ", ") + entry_chip_names(record.index);
+  }
+  std::string chips;
+  for (const ChipDescription& chip : devices().chips) {
+    chips += (chips.empty() ? "" : ", ") + chip.name;
   }
   return "auto, an entry (" + entries + ", or its index 0 to 7) or a chip (" + chips + ")";
 }
@@ -453,9 +434,7 @@ int run_command(Session& s) {
   Unit::Operation operation(s.unit);
   if (s.options.command == Command::kVersion) return version(s);
   ChipOperations ops(s.unit, s.state, s.console);
-  // Safe mode's way out: supply-off and leave exchanges tried again.
-  ops.checked = !s.options.exact;
-  std::optional<CommandResult> identified;
+  std::optional<OperationResult> identified;
   if (const int status = choose_device(s, ops, identified); status != kExitOk) return status;
   // Each command calls its button sequence once; the safe-programming
   // pre-flight (skipped with --exact) goes just before that call.

@@ -9,6 +9,7 @@
 #include "cli/cli.h"
 #include "cli/console.h"
 #include "cli/record.h"
+#include "devices/chip_description.h"
 #include "image/programmer_state.h"
 #include "link/unit.h"
 
@@ -16,6 +17,14 @@ namespace zenta::cli {
 
 // --device auto: the entry is chosen from the chip's ID.
 inline constexpr int kAutoDevice = -1;
+// A chip named that no catalogue entry programs: checked mode only.
+inline constexpr int kNoEntry = -2;
+
+// What --device names: an entry, or a chip (and the entry that programs it).
+struct DeviceChoice {
+  int entry;
+  std::optional<ChipDescription> chip;
+};
 
 struct Session {
   Unit& unit;
@@ -24,14 +33,15 @@ struct Session {
   const Options& options;
   std::ostream& out;  // data: tables, readings (a sink with --json)
   std::ostream& err;
-  int device;  // index of the device entry, 0 to 7, or kAutoDevice
+  int device;  // index of the device entry, 0 to 7, kAutoDevice or kNoEntry
   RunRecord& record;
+  std::optional<ChipDescription> chip;  // the chip named, or found by --device auto
 };
 
 // The device entry of --device: a catalogue caption (either case), an index
-// 0 to 7, a chip name ("16F628A", "PIC16F628A") or "auto" (kAutoDevice);
-// the default entry 1 when empty; nullopt when unknown.
-std::optional<int> device_index(const std::string& text);
+// 0 to 7, a described chip's name ("16F628A", "PIC16F628A") or "auto"
+// (kAutoDevice); the default entry 1 when empty; nullopt when unknown.
+std::optional<DeviceChoice> device_choice(const std::string& text);
 // What --device accepts, for the error that names a wrong one.
 std::string device_choices();
 

@@ -2,44 +2,59 @@
 #include <algorithm>
 #include <cctype>
 
+#include "devices/device_library.h"
 #include "link/sim/sim_internal.h"
 
 namespace zenta::sim {
 
 namespace {
 
-// Revisions are plausible silicon revisions, chosen once so that an ID read
-// is repeatable; the 16F87xA and 16F818/819 keep theirs in the low 4 bits,
-// the others in the low 5. The 16F630/676 share the 12F629/675's
-// programming model, calibration word and band-gap bits included.
-std::vector<ChipModel> make_models() {
-  using F = Family;
-  return {
-      {"16F84", F::k16F84, 0x3FFF, 0x0000, 0x0400, 64},
-      {"16F84A", F::k16F84A, 0x0560, 0x0002, 0x0400, 64},
-      {"16F627", F::k16F62x, 0x07A0, 0x0002, 0x0400, 128},
-      {"16F628", F::k16F62x, 0x07C0, 0x0002, 0x0800, 128},
-      {"16F627A", F::k16F62xA, 0x1040, 0x0002, 0x0400, 128},
-      {"16F628A", F::k16F62xA, 0x1060, 0x0002, 0x0800, 128},
-      {"16F648A", F::k16F62xA, 0x1100, 0x0002, 0x1000, 256},
-      {"16F870", F::k16F87x, 0x0D00, 0x0002, 0x0800, 64},
-      {"16F871", F::k16F87x, 0x0D20, 0x0002, 0x0800, 64},
-      {"16F872", F::k16F87x, 0x08E0, 0x0002, 0x0800, 64},
-      {"16F873", F::k16F87x, 0x0960, 0x0002, 0x1000, 128},
-      {"16F874", F::k16F87x, 0x0920, 0x0002, 0x1000, 128},
-      {"16F876", F::k16F87x, 0x09E0, 0x0002, 0x2000, 256},
-      {"16F877", F::k16F87x, 0x09A0, 0x0003, 0x2000, 256},
-      {"16F873A", F::k16F87xA, 0x0E40, 0x0007, 0x1000, 128},
-      {"16F874A", F::k16F87xA, 0x0E60, 0x0007, 0x1000, 128},
-      {"16F876A", F::k16F87xA, 0x0E00, 0x0007, 0x2000, 256},
-      {"16F877A", F::k16F87xA, 0x0E20, 0x0007, 0x2000, 256},
-      {"12F629", F::k12F629, 0x0F80, 0x0004, 0x0400, 128},
-      {"12F675", F::k12F629, 0x0FC0, 0x0004, 0x0400, 128},
-      {"16F630", F::k12F629, 0x10C0, 0x0004, 0x0400, 128},
-      {"16F676", F::k12F629, 0x10E0, 0x0004, 0x0400, 128},
-      {"16F818", F::k16F81x, 0x04C0, 0x0001, 0x0400, 128},
-      {"16F819", F::k16F81x, 0x04E0, 0x0001, 0x0800, 256},
+// The silicon model of a description's family; nullopt for a family the
+// simulated unit has no model of.
+std::optional<Family> family_of(const std::string& name) {
+  static const std::pair<const char*, Family> families[] = {
+      {"16F84", Family::k16F84},     {"16F84A", Family::k16F84A}, {"16F62x", Family::k16F62x},
+      {"16F62xA", Family::k16F62xA}, {"16F87x", Family::k16F87x}, {"16F87xA", Family::k16F87xA},
+      {"16F81x", Family::k16F81x},   {"12F629", Family::k12F629},
   };
+  for (const auto& [family_name, family] : families) {
+    if (name == family_name) return family;
+  }
+  return std::nullopt;
+}
+
+// Plausible silicon revisions, chosen once per family so that an ID read is
+// repeatable.
+std::uint16_t revision_of(Family family) {
+  switch (family) {
+    case Family::k16F84:
+      return 0;
+    case Family::k16F87xA:
+      return 7;
+    case Family::k12F629:
+      return 4;
+    case Family::k16F81x:
+      return 1;
+    default:
+      return 2;
+  }
+}
+
+// Every described chip whose family has a silicon model here; sizes and IDs
+// are the descriptions'.
+std::vector<ChipModel> make_models() {
+  std::vector<ChipModel> models;
+  for (const ChipDescription& chip : devices().chips) {
+    const std::optional<Family> family = family_of(chip.family);
+    if (!family) continue;
+    const std::uint16_t id = chip.id ? *chip.id : kBlankWord;
+    models.push_back({chip.name, *family, id,
+                      chip.id
+                          ? static_cast<std::uint16_t>(revision_of(*family) & chip.revision_bits)
+                          : std::uint16_t{0},
+                      chip.program_words, chip.eeprom_bytes});
+  }
+  return models;
 }
 
 // Configuration bits that protect program memory (any of them at 0) and
@@ -78,17 +93,18 @@ std::string upper(std::string text) {
 
 }  // namespace
 
-const std::vector<ChipModel>& chip_models() {
-  static const std::vector<ChipModel> models = make_models();
-  return models;
+std::vector<ChipModel> chip_models() {
+  return make_models();
 }
 
 std::optional<ChipModel> find_chip(const std::string& name) {
   const std::string wanted = upper(name);
   // The empty socket: no memory at all, and an ID that reads as all ones.
   if (wanted == "NONE") return ChipModel{"none", Family::k16F84, kBlankWord, 0, 0, 0};
-  for (const ChipModel& model : chip_models()) {
-    if (model.name == wanted) return model;
+  const std::optional<ChipDescription> chip = chip_by_name(wanted);
+  if (!chip) return std::nullopt;
+  for (const ChipModel& model : make_models()) {
+    if (model.name == chip->name) return model;
   }
   return std::nullopt;
 }
@@ -114,15 +130,16 @@ ChipMemory::ChipMemory(const ChipModel& model)
 ChipMemory::Cell ChipMemory::resolve(int address) const {
   address &= 0x3FFF;
   Cell cell;
-  if (family_ == Family::k12F629 && address >= kConfigBase) {
-    address = kConfigBase + (address & 0x1F);
+  if (family_ == Family::k12F629 && address >= kConfigSpaceBase) {
+    address = kConfigSpaceBase + (address & 0x1F);
     if (address > kConfigWordAddress) return cell;
   }
-  if (address < kConfigBase || address > kConfigWordAddress) {
+  if (address < kConfigSpaceBase || address > kConfigWordAddress) {
     if (program_.empty()) return cell;
     return {CellKind::kProgram, address & (program_size() - 1)};
   }
-  if (address < kConfigBase + kUserIdCount) return {CellKind::kUserId, address - kConfigBase};
+  if (address < kConfigSpaceBase + kUserIdCount)
+    return {CellKind::kUserId, address - kConfigSpaceBase};
   if (address == kDeviceIdAddress) cell.kind = CellKind::kDeviceId;
   if (address == kConfigWordAddress) cell.kind = CellKind::kConfig;
   return cell;

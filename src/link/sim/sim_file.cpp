@@ -80,7 +80,8 @@ std::string SimUnit::memory_text() const {
   const ChipMemory& memory = unit.memory;
   std::ostringstream out;
   out << kHeader << '\n' << "chip " << unit.model.name << '\n' << "id";
-  for (int i = 0; i < kUserIdCount; ++i) out << ' ' << hex(memory.read_word(kConfigBase + i), 4);
+  for (int i = 0; i < kUserIdCount; ++i)
+    out << ' ' << hex(memory.read_word(kConfigSpaceBase + i), 4);
   out << '\n' << "config " << hex(memory.read_word(kConfigWordAddress), 4) << '\n';
   for (int row = 0; row < memory.program_size(); row += kWordsPerLine) {
     out << "p " << hex(static_cast<unsigned>(row), 4);
@@ -142,7 +143,7 @@ bool SimUnit::load_text(const std::string& text) {
   for (int i = 0; i < kUserIdCount; ++i) {
     const int word = parse_hex(tokens[static_cast<std::size_t>(i)], kBlankWord);
     if (word < 0) return false;
-    memory.store_word(kConfigBase + i, static_cast<std::uint16_t>(word));
+    memory.store_word(kConfigSpaceBase + i, static_cast<std::uint16_t>(word));
   }
   if (!reader.values("config", 1, tokens)) return false;
   const int config = parse_hex(tokens[0], kBlankWord);

@@ -6,14 +6,12 @@
 #include <set>
 #include <vector>
 
+#include "devices/chip_description.h"
 #include "link/command_codes.h"
 #include "link/sim/sim_unit.h"
 
 namespace zenta::sim {
 
-inline constexpr int kConfigBase = 0x2000;  // first address of configuration space
-inline constexpr int kConfigWordAddress = 0x2007;
-inline constexpr int kDeviceIdAddress = 0x2006;
 inline constexpr int kUserIdCount = 4;  // 0x2000-0x2003
 inline constexpr std::uint16_t kBlankWord = 0x3FFF;
 inline constexpr std::uint8_t kBlankByte = 0xFF;

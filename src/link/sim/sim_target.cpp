@@ -27,8 +27,8 @@ int clamp_count(std::uint8_t requested, int most) {
 // the top: most wrap from 0x1FFF to 0; the 16F62xA wrap at the end of
 // their implemented memory; the 16F818/819 run on into configuration space.
 void SimUnit::Impl::step_address() {
-  if (address >= kConfigBase) {
-    address = address == 0x3FFF ? kConfigBase : address + 1;
+  if (address >= kConfigSpaceBase) {
+    address = address == 0x3FFF ? kConfigSpaceBase : address + 1;
   } else if (model.family == Family::k16F62xA) {
     address = (address + 1) % model.program_words;
   } else if (model.family == Family::k16F81x) {
@@ -61,13 +61,13 @@ void SimUnit::Impl::target_command(const std::uint8_t* packet) {
   const std::uint8_t code = packet[0];
   switch (code) {
     case ICSP_LOAD_CONFIG:
-      address = kConfigBase;
+      address = kConfigSpaceBase;
       latch = packet_word(packet);
       break;
     case ICSP_LOAD_DATA:
       latch = packet_word(packet);
       // The row devices latch each word of an eight-word row in its own slot.
-      if (model.family == Family::k16F87xA && address < kConfigBase) {
+      if (model.family == Family::k16F87xA && address < kConfigSpaceBase) {
         row_latches[static_cast<std::size_t>(address & 7)] = latch;
       }
       break;
@@ -132,7 +132,7 @@ void SimUnit::Impl::program_cycle(bool erase_first) {
     const std::uint16_t old = memory.read_word(at);
     memory.store_word(at, replace ? data : static_cast<std::uint16_t>(old & data));
   };
-  if (address >= kConfigBase) {
+  if (address >= kConfigSpaceBase) {
     // Configuration space takes one word per cycle on every chip; the
     // 16F818/819 set configuration bits back to 1 without an erase.
     program(address, latch, erase_first || family == Family::k16F81x);
@@ -193,7 +193,7 @@ void SimUnit::Impl::bulk_erase_program_command() {
 
 // What a bulk erase of program memory clears, family by family.
 void SimUnit::Impl::bulk_erase_program() {
-  const bool in_config = address >= kConfigBase;
+  const bool in_config = address >= kConfigSpaceBase;
   switch (model.family) {
     case Family::k16F84A:
       // Never the configuration word, so protection survives it.
@@ -232,7 +232,7 @@ void SimUnit::Impl::chip_erase() {
   if (family != Family::k16F87xA && family != Family::k16F81x) return;
   memory.erase_program();
   memory.erase_config(false);
-  if (family == Family::k16F87xA || address >= kConfigBase) {
+  if (family == Family::k16F87xA || address >= kConfigSpaceBase) {
     memory.erase_user_ids();
     memory.erase_eeprom();
   }

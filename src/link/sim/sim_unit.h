@@ -39,8 +39,8 @@ struct ChipModel {
   int eeprom_bytes;         // data EEPROM size
 };
 
-// Every chip the ID table names, and the 16F84, which has no ID word.
-const std::vector<ChipModel>& chip_models();
+// Every described chip whose family the simulated unit models.
+std::vector<ChipModel> chip_models();
 // nullopt when the name is unknown. Case-insensitive; "none" is the empty socket.
 std::optional<ChipModel> find_chip(const std::string& name);
 

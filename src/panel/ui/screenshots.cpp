@@ -158,7 +158,7 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   std::vector<HexWord> words;
   for (std::uint16_t w = 0; w < 16; ++w)
     words.push_back({w, static_cast<std::uint16_t>(0x2800 + w)});
-  words.push_back({0x2007, 0x3F32});
+  words.push_back({kConfigWordAddress, 0x3F32});
   words.push_back({0x2100, 0x12});
   if (write_inhx8m_file(image, words)) {
     host.open_dialog_hook = [image](const std::string&) { return image; };
