@@ -1,6 +1,7 @@
 // The panel's form and the command line run the same programming core:
 // each on its own simulated unit with the same chip and image, they send
-// the same packets, from each command's first packet to its last.
+// the same packets, from each command's first packet to its last, in the
+// documented mode and with the checks.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -15,6 +16,11 @@
 namespace zenta::testing {
 namespace {
 
+std::vector<std::string> with(std::vector<std::string> args, const std::vector<std::string>& more) {
+  args.insert(args.end(), more.begin(), more.end());
+  return args;
+}
+
 std::vector<Packet> packets_of(const sim::SimUnit& unit) {
   std::vector<Packet> packets;
   for (const auto& exchange : unit.trace()) packets.push_back(exchange.tx);
@@ -23,31 +29,34 @@ std::vector<Packet> packets_of(const sim::SimUnit& unit) {
 
 // The command line on its own simulated unit, one command per run.
 struct CommandLine {
-  explicit CommandLine(const std::string& chip) : unit(new sim::SimUnit(chip)) {
+  CommandLine(const std::string& chip, bool exact) : unit(new sim::SimUnit(chip)), exact(exact) {
     choice.driver.reset(unit);
     choice.simulated = true;
   }
   std::vector<Packet> run(const std::vector<std::string>& args) {
     unit->clear_trace();
-    // The panel's rig runs the documented sequences: so does the command.
-    std::vector<std::string> exact = args;
-    exact.insert(exact.begin(), "--exact");
-    const cli::ParseResult parsed = cli::parse_arguments(exact);
+    std::vector<std::string> line = args;
+    if (exact) line.insert(line.begin(), "--exact");
+    const cli::ParseResult parsed = cli::parse_arguments(line);
     EXPECT_TRUE(parsed.ok()) << parsed.error;
     std::ostringstream out, err;
     status = cli::run_with_driver(parsed.options, choice, out, err, false);
     return packets_of(*unit);
   }
   sim::SimUnit* unit;
+  bool exact;
   DriverChoice choice;
   int status = -1;
 };
 
-TEST(FrontEndParity, PanelAndCommandLineSendTheSamePacketsOnEveryEntry) {
+TEST(FrontEndParity, PanelAndCommandLineSendTheSamePacketsOnEveryEntryInBothModes) {
+  // One chip of each family, each on its entry.
   const char* chips[] = {"16F877", "16F877A", "16F84",  "16F84A",
                          "16F628", "16F628A", "12F675", "16F819"};
-  for (int device = 0; device < kDeviceCount; ++device) {
-    SCOPED_TRACE(chips[device]);
+  for (int run = 0; run < 2 * kDeviceCount; ++run) {
+    const int device = run % kDeviceCount;
+    const bool exact = run < kDeviceCount;
+    SCOPED_TRACE(std::string(chips[device]) + (exact ? ", exact" : ", checked"));
     TempDir dir;
     // Twenty-one words, so rows, groups of four and the word-by-word
     // modes all end inside a partial step.
@@ -61,26 +70,35 @@ TEST(FrontEndParity, PanelAndCommandLineSendTheSamePacketsOnEveryEntry) {
     const std::string config = device_record(device).default_config_text;
     const std::string last = "15";
 
-    PanelRig panel(chips[device], device);
+    PanelRig panel(chips[device], device, exact);
     panel.host.open_answers = {hex};
     ASSERT_TRUE(panel.form.F_OpenButton_Click());
     panel.form.LastAddrText_Change(last);
     panel.form.ConfigAddrText_Change(config);
-    CommandLine line(chips[device]);
+    CommandLine line(chips[device], exact);
     const std::string index = std::to_string(device);
+    // A checked write and verify take the image's own range, as the panel's
+    // do; a checked read stops at the LAST box there too.
+    const std::vector<std::string> range =
+        exact ? std::vector<std::string>{"--last", last} : std::vector<std::string>{};
 
     struct Step {
       const char* name;
       std::function<void()> on_panel;
       std::vector<std::string> args;
     } steps[] = {
-        {"write",
-         [&] { panel.form.WriteButton_Click(); },
-         {"--device", index, "write", hex, "--config", config, "--last", last}},
-        {"verify",
-         [&] { panel.form.VerifyButton_Click(); },
-         {"--device", index, "verify", hex, "--last", last}},
-        {"read", [&] { panel.form.READ_Click(); }, {"--device", index, "read", "--last", last}},
+        {"write", [&] { panel.form.WriteButton_Click(); },
+         with({"--device", index, "write", hex, "--config", config}, range)},
+        {"verify", [&] { panel.form.VerifyButton_Click(); },
+         with({"--device", index, "verify", hex}, range)},
+        // A checked write leaves the image's last address in the LAST box:
+        // the read is given the same range on both.
+        {"read",
+         [&] {
+           panel.form.LastAddrText_Change(last);
+           panel.form.READ_Click();
+         },
+         {"--device", index, "read", "--last", last}},
         {"read-eeprom",
          [&] { panel.form.READ_EEPROM_Click(); },
          {"--device", index, "read-eeprom"}},
