@@ -121,7 +121,7 @@ OperationResult run_op(Session& s, ChipOperations& ops, OperationKind what,
 
 // What the panel's LAST box holds after the number was put in: a value
 // above the program size is replaced by the size.
-std::int16_t last_box(const ProgrammerState& state, int value) {
+std::int16_t clamped_last(const ProgrammerState& state, int value) {
   return static_cast<std::int16_t>(value > state.ProgramSize ? state.ProgramSize : value);
 }
 
@@ -209,7 +209,7 @@ bool load_image(Session& s) {
 // --last when given, else the address the loader reached, as the LAST box
 // shows it after the load.
 std::int16_t image_last_address(const Session& s) {
-  return last_box(s.state, s.options.last ? *s.options.last : s.state.LastAddress);
+  return clamped_last(s.state, s.options.last ? *s.options.last : s.state.LastAddress);
 }
 
 bool save_hex(Session& s, const std::vector<HexWord>& words) {
@@ -356,7 +356,7 @@ int verify(Session& s, ChipOperations& ops) {
 // again. The file is written only when every read went through.
 int read_program(Session& s, ChipOperations& ops) {
   const int end = s.options.last ? *s.options.last : s.state.ProgramSize;
-  const OperationResult program = run_op(s, ops, OperationKind::kRead, last_box(s.state, end),
+  const OperationResult program = run_op(s, ops, OperationKind::kRead, clamped_last(s.state, end),
                                          s.options.last ? std::optional<int>(end) : std::nullopt);
   if (const int status = conclude(s, program); status != kExitOk) return status;
   const int count = program.read->next_address;

@@ -14,7 +14,6 @@ constexpr int kBarWidth = 40;
 void Console::message_box(const std::string& text, const std::string& title, MessageIcon) {
   ++message_count_;
   std::string line = title + ": " + text;
-  last_box_ = line;
   // An unplugged unit fails every exchange of a long write; one line with
   // a count says the same as thousands.
   if (line == last_message_) {

@@ -2,7 +2,7 @@
 // What the command-line program shows while a command runs: message boxes
 // become lines "TITLE: text" on standard error (repeats folded into a
 // count), progress a bar there when it is a terminal, every dialog is
-// cancelled. The last notes line is kept: it is the command's outcome line.
+// cancelled. With --verbose each change of the notes line is a line there.
 #include <cstdint>
 #include <ostream>
 #include <string>
@@ -23,9 +23,6 @@ class Console : public Host, public OperationReport {
   // printing anything else.
   void finish();
   int message_count() const { return message_count_; }
-  const std::string& notes_text() const { return notes_; }
-  // The last message box as "TITLE: text"; empty when none was shown.
-  const std::string& last_box() const { return last_box_; }
 
   // Host
   void message_box(const std::string& text, const std::string& title, MessageIcon icon) override;
@@ -63,7 +60,6 @@ class Console : public Host, public OperationReport {
   std::string notes_;
   int shown_percent_ = -1;  // -1: no bar on the screen
   std::string last_message_;
-  std::string last_box_;
   int repeats_ = 0;  // times last_message_ came again and was not printed
   int message_count_ = 0;
 };
