@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 
 #include "instrument_rig.h"
 #include "instruments/logic_view.h"
@@ -87,58 +88,40 @@ TEST(LogicView, GridLabelsAndTraceGeometry) {
                                                        {3050, 1500, "200", LaTraceColor},
                                                        {3050 + 1000, 1500, "300", LaTraceColor}}));
 
-  struct Row {
+  // The trace as the corners it passes through.
+  const auto corners = [](std::vector<std::pair<int, int>> points) {
+    std::vector<DrawLine> lines;
+    for (std::size_t i = 1; i < points.size(); ++i) {
+      lines.push_back({points[i - 1].first, points[i - 1].second, points[i].first, points[i].second,
+                       LaTraceColor});
+    }
+    return lines;
+  };
+  constexpr int kAll = 480;
+  const struct {
     const char* name;
-    std::vector<int> high;
+    int high;  // the one sample that reads 1; -1: none, kAll: every one
     bool mag;
     std::vector<DrawLine> trace;
-  };
-  const std::uint32_t c = LaTraceColor;
-  const std::vector<Row> rows = {
-      {"all low", {}, false, {{100, 1200, 4900, 1200, c}}},
-      {"all high",
-       [] {
-         std::vector<int> v(480);
-         for (int i = 0; i < 480; ++i) v[i] = i;
-         return v;
-       }(),
-       false,
-       {{100, 700, 4900, 700, c}}},
-      {"sample 0 high",
-       {0},
-       false,
-       {{100, 700, 110, 700, c}, {110, 700, 110, 1200, c}, {110, 1200, 4900, 1200, c}}},
-      {"sample 100 high",
-       {100},
-       false,
-       {{100, 1200, 1100, 1200, c},
-        {1100, 1200, 1100, 700, c},
-        {1100, 700, 1110, 700, c},
-        {1110, 700, 1110, 1200, c},
-        {1110, 1200, 4900, 1200, c}}},
-      {"sample 100 high, X5",
-       {100},
-       true,
-       {{100, 1200, 2100, 1200, c},
-        {2100, 1200, 2100, 700, c},
-        {2100, 700, 2120, 700, c},
-        {2120, 700, 2120, 1200, c},
-        {2120, 1200, 9700, 1200, c}}},
+  } rows[] = {
+      {"all low", -1, false, corners({{100, 1200}, {4900, 1200}})},
+      {"all high", kAll, false, corners({{100, 700}, {4900, 700}})},
+      {"sample 0 high", 0, false, corners({{100, 700}, {110, 700}, {110, 1200}, {4900, 1200}})},
+      {"sample 1 high", 1, false,
+       corners({{100, 1200}, {110, 1200}, {110, 700}, {120, 700}, {120, 1200}, {4900, 1200}})},
+      {"sample 100 high", 100, false,
+       corners({{100, 1200}, {1100, 1200}, {1100, 700}, {1110, 700}, {1110, 1200}, {4900, 1200}})},
+      {"sample 100 high, X5", 100, true,
+       corners({{100, 1200}, {2100, 1200}, {2100, 700}, {2120, 700}, {2120, 1200}, {9700, 1200}})},
       // An edge on the last pair leaves no run to close.
-      {"sample 479 high", {479}, false, {{100, 1200, 4890, 1200, c}, {4890, 1200, 4890, 700, c}}},
-      {"two edges in a row",
-       {1},
-       false,
-       {{100, 1200, 110, 1200, c},
-        {110, 1200, 110, 700, c},
-        {110, 700, 120, 700, c},
-        {120, 700, 120, 1200, c},
-        {120, 1200, 4900, 1200, c}}},
+      {"sample 479 high", 479, false, corners({{100, 1200}, {4890, 1200}, {4890, 700}})},
   };
-  for (const Row& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.name);
     view.Command9_Click();
-    for (int i : row.high) view.LaSamples[static_cast<std::size_t>(i)] = '1';
+    for (int i = 0; i < kAll; ++i) {
+      if (row.high == kAll || row.high == i) view.LaSamples[static_cast<std::size_t>(i)] = '1';
+    }
     view.MAG_Check_Click(row.mag);
     EXPECT_EQ(trace_lines(view.drawing), row.trace);
   }
@@ -175,15 +158,11 @@ TEST(LogicView, DataSetAndSampleDisplay) {
       {"yyyyyy", 0, {}},
       {"xyzzzzz", 1, {1, 65, 129, 193, 257}},
       // Longer than the store takes five times: cut at index 520.
-      {"x" + std::string(299, 'y'), 294,
-       [] {
-         std::vector<int> v;
-         for (int i = 1; i <= 520; ++i) v.push_back(i);
-         return v;
-       }()},
+      {"x" + std::string(299, 'y'), 294, std::vector<int>(520)},
   };
-  for (const Row& row : rows) {
+  for (Row row : rows) {
     SCOPED_TRACE(row.text.size());
+    if (row.length == 294) std::iota(row.written.begin(), row.written.end(), 1);
     view.Form_Load();
     view.Text1 = row.text;
     view.drawing.lines.clear();

@@ -1,4 +1,5 @@
-// The error window and the editor launches through the main form.
+// The editor launches, the built-in editor's files and the message lines
+// that open it, through the main form.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -8,45 +9,22 @@
 namespace zenta {
 namespace {
 
-TEST(ErrorView, ShowsTheErrorFileLineByLineThenWhatAFailedToolPrinted) {
-  Runs r("bad.asm");
-  r.rig.host.tool->status = 1;
-  r.rig.host.tool->on_end = [&] { write_text(r.dir.file("bad.ERR"), "one\ntwo\r\nthree"); };
-  r.rig.form.ASSMButton_Click();
-  r.tick_until_done();
-  EXPECT_EQ(r.rig.form.toolchain().error_view_text(), "one\r\ntwo\r\nthree\r\n");
-}
-
 TEST(Editors, ExternalEditorGetsTheTargetAsOneArgumentAndBuiltInOpensOtherwise) {
   struct Case {
     std::string folder, command, target;
-    bool new_file;
-    bool starts;
-    std::string test;
-    bool builtin;
-    std::vector<std::string> boxes;
+    bool new_file, starts;
+    std::string test, box;
   };
   const Case cases[] = {
-      {"/opt/tools", "ed", "/src/a.asm", false, true, "/opt/tools/ed /src/a.asm", false, {}},
-      {"/opt/my tools",
-       "ed -n",
-       "/my src/a b.asm",
-       false,
-       true,
-       "/opt/my tools/ed -n /my src/a b.asm",
-       false,
-       {}},
-      {"/opt/tools",
-       "ed",
-       "/src/a.asm",
-       false,
-       false,
-       "/opt/tools/ed /src/a.asm",
-       false,
-       {"File not found"}},
-      {"/opt/tools", "ed", "/src/a.asm", true, true, "/opt/tools/ed ", false, {}},
-      {"", "", "/src/a.asm", false, true, "/ /src/a.asm", true, {}},
-      {"", "", "/src/a.asm", true, true, "/ ", true, {}},
+      {"/opt/tools", "ed", "/src/a.asm", false, true, "/opt/tools/ed /src/a.asm", ""},
+      {"/opt/my tools", "ed -n", "/my src/a b.asm", false, true,
+       "/opt/my tools/ed -n /my src/a b.asm", ""},
+      {"/opt/tools", "ed", "/src/a.asm", false, false, "/opt/tools/ed /src/a.asm",
+       "File not found"},
+      {"/opt/tools", "ed", "/src/a.asm", true, true, "/opt/tools/ed ", ""},
+      // No editor set up: the built-in one.
+      {"", "", "/src/a.asm", false, true, "/ /src/a.asm", ""},
+      {"", "", "/src/a.asm", true, true, "/ ", ""},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.test);
@@ -57,43 +35,33 @@ TEST(Editors, ExternalEditorGetsTheTargetAsOneArgumentAndBuiltInOpensOtherwise) 
     r.rig.form.view().FilenameTextbox = c.target;
     if (!c.starts) r.rig.host.tool = nullptr;
     c.new_file ? r.rig.form.New_EditorButton_Click() : r.rig.form.EditorButton_Click();
+    const bool builtin = c.command.empty();
     EXPECT_EQ(r.rig.form.view().TEST, c.test);
     EXPECT_EQ(r.rig.form.view().NotesLabel, "Open EDITER");
     EXPECT_EQ(r.rig.form.view().NotesColor, kLavender);
-    EXPECT_EQ(r.box_texts(), c.boxes);
+    EXPECT_EQ(r.box_texts(),
+              c.box.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.box});
     EXPECT_EQ(r.rig.form.view().FilenameTextbox, c.new_file ? "" : c.target);
-    EXPECT_EQ(r.rig.host.visible.count(WindowId::kEditor), c.builtin ? 1u : 0u);
-    if (c.builtin) {
-      EXPECT_TRUE(r.rig.host.tool_starts.empty());
-      continue;
-    }
-    ASSERT_EQ(r.rig.host.tool_starts.size(), 1u);
+    EXPECT_EQ(r.rig.host.visible.count(WindowId::kEditor), builtin ? 1u : 0u);
+    ASSERT_EQ(r.rig.host.tool_starts.size(), builtin ? 0u : 1u);
+    if (builtin) continue;
     EXPECT_TRUE(r.rig.host.tool_starts[0].detached);
     EXPECT_EQ(r.rig.host.tool_starts[0].command, c.folder + "/" + c.command);
     EXPECT_EQ(r.rig.host.tool_starts[0].argument, c.new_file ? "" : c.target);
   }
 }
 
-TEST(Editors, BuiltInEditorLoadsAndSavesWithOneLineBreakMore) {
+// An empty file name box asks for a name; a cancelled dialog writes nothing.
+TEST(Editors, BuiltInEditorAsksForANameOnlyWhenItHasNone) {
   Runs r("two.asm");
-  write_text(r.source, "A\nB");
   Toolchain& tools = r.rig.form.toolchain();
-  const std::string loaded = tools.load_editor();
-  EXPECT_EQ(loaded, "A\r\nB\r\n");
-  EXPECT_EQ(tools.editor_title(), "Editor");
-  // The text box holds LF line ends.
-  ASSERT_TRUE(tools.save_editor("A\nB\n"));
-  EXPECT_EQ(read_text(r.source), "A\r\nB\r\n\r\n");
-  EXPECT_TRUE(r.rig.host.save_filters.empty());
-
-  // An empty box asks for a name; a cancelled dialog writes nothing.
   r.rig.form.view().FilenameTextbox.clear();
   r.rig.state.TargetFileName.clear();
   EXPECT_FALSE(tools.save_editor("X\n"));
   EXPECT_EQ(r.rig.host.save_filters, std::vector<std::string>{"ASM FILES|*.asm|ALL FILES|*.*|"});
   EXPECT_EQ(r.rig.form.view().FilenameTextbox, "");
   EXPECT_EQ(r.rig.state.TargetFileName, "");
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(r.dir.path()), {}), 1);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(r.dir.path()), {}), 0);
 
   const std::string chosen = r.dir.file("new.asm");
   r.rig.host.save_answers.push_back(chosen);
@@ -135,6 +103,7 @@ TEST(Editors, CheckedEditorSavesTheFileItLoadedAsItWasLaidOut) {
     ASSERT_TRUE(tools.save_editor(c.edited));
     EXPECT_EQ(read_text(c.exact ? hex : r.source), c.saves);
     EXPECT_EQ(read_text(c.exact ? r.source : hex), c.exact ? c.file : kHex);
+    EXPECT_TRUE(r.rig.host.save_filters.empty());
   }
   // A new file has no name until the save asks for one.
   Runs r("a.asm", false);

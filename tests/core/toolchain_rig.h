@@ -2,6 +2,7 @@
 // A panel with a source in a temporary folder for the tool-run and editor
 // tests, with a fake host whose "tools" write their files when they end.
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "panel_rig.h"
@@ -40,6 +41,15 @@ struct Runs {
     return ticks;
   }
   std::vector<std::string> box_texts() const { return rig.box_texts(); }
+  // The fake tool writes these files, named inside the folder, when it ends.
+  void tool_writes(std::vector<std::pair<std::string, std::string>> files) {
+    rig.host.tool->on_end = [this, files] {
+      for (const auto& [name, text] : files) write_text(dir.file(name), text);
+    };
+  }
+  void start(bool assembler) {
+    assembler ? rig.form.ASSMButton_Click() : rig.form.C_Button_Click();
+  }
 
   TempDir dir;
   PanelRig rig;

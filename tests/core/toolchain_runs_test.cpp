@@ -9,178 +9,74 @@
 namespace zenta {
 namespace {
 
+constexpr int kNoTool = -99;  // the tool cannot be started
+
 TEST(ToolRuns, EachOutcomeOfAnAssemblerOrCompilerRun) {
+  // Mixed line ends in a tool's messages show as CR LF lines.
+  const std::string messages = "Error[113] x 1 : y\nsecond\r\nthird";
   struct Case {
     const char* name;
     bool assembler;
-    std::string source;
-    // What the tool writes when it ends, beside the source ("" writes nothing).
-    std::string err_name, err_text, hex_name;
+    // The source, and what the tool writes beside it when it ends ("": nothing).
+    std::string source, err_file;
+    bool messages;  // in the error file
+    std::string hex_file;
     int status;
-    bool starts;
-    std::string notes;
-    std::vector<std::string> boxes;
-    bool loaded;
-    bool error_window;
+    std::string notes, box;
   };
   const Case cases[] = {
-      {"clean assembly",
-       true,
-       "blink.asm",
-       "blink.ERR",
-       "",
-       "blink.HEX",
-       0,
-       true,
-       "Assembler complete",
-       {},
-       true,
-       false},
-      {"tool writes lower case names",
-       true,
-       "blink.ASM",
-       "blink.err",
-       "",
-       "blink.hex",
-       0,
-       true,
-       "Assembler complete",
-       {},
-       true,
-       false},
-      {"messages in the error file",
-       true,
-       "bad.asm",
-       "bad.err",
-       "Error[113] x 1 : y\n",
-       "",
-       1,
-       true,
-       "Assembler ERROR",
-       {},
-       false,
-       true},
-      {"no error file",
-       true,
-       "blink.asm",
-       "",
-       "",
-       "blink.HEX",
-       0,
-       true,
-       "Assembler",
-       {"File not found"},
-       false,
-       false},
-      {"failed without messages",
-       true,
-       "blink.asm",
-       "blink.ERR",
-       "",
-       "",
-       2,
-       true,
-       "Assembler ERROR",
-       {},
-       false,
-       true},
-      {"assembler cannot start",
-       true,
-       "blink.asm",
-       "",
-       "",
-       "",
-       0,
-       false,
-       "Assembler",
-       {"File not found"},
-       false,
-       false},
-      {"clean compile",
-       false,
-       "main.C",
-       "cerr.txt",
-       "",
-       "main.HEX",
-       0,
-       true,
-       "Compile complete",
-       {},
-       true,
-       false},
-      {"compiler writes no message file",
-       false,
-       "main.c",
-       "",
-       "",
-       "main.HEX",
-       0,
-       true,
-       "Compile complete",
-       {},
-       true,
-       false},
-      {"compiler messages",
-       false,
-       "main.c",
-       "cerr.txt",
-       "main.c:3: error\n",
-       "",
-       1,
-       true,
-       "Compile ERROR",
-       {},
-       false,
-       true},
-      {"compiler cannot start",
-       false,
-       "main.c",
-       "",
-       "",
-       "",
-       0,
-       false,
-       "Compile",
-       {"File not found"},
-       false,
-       false},
-      {"compile without a HEX file",
-       false,
-       "main.c",
-       "cerr.txt",
-       "",
-       "",
-       0,
-       true,
-       "Compile complete",
-       {"Can't Open or Read the FILE"},
-       false,
-       false},
+      {"clean assembly", true, "blink.asm", "blink.ERR", false, "blink.HEX", 0,
+       "Assembler complete", ""},
+      {"tool writes lower case names", true, "blink.ASM", "blink.err", false, "blink.hex", 0,
+       "Assembler complete", ""},
+      {"messages", true, "bad.asm", "bad.err", true, "", 1, "Assembler ERROR", ""},
+      {"no error file", true, "blink.asm", "", false, "blink.HEX", 0, "Assembler",
+       "File not found"},
+      {"failed without messages", true, "blink.asm", "blink.ERR", false, "", 2, "Assembler ERROR",
+       ""},
+      {"assembler cannot start", true, "blink.asm", "", false, "", kNoTool, "Assembler",
+       "File not found"},
+      {"clean compile", false, "main.C", "cerr.txt", false, "main.HEX", 0, "Compile complete", ""},
+      // The cerr.txt an earlier run left is no message of this one.
+      {"compiler writes no message file", false, "main.c", "", false, "main.HEX", 0,
+       "Compile complete", ""},
+      {"compiler messages", false, "main.c", "cerr.txt", true, "", 1, "Compile ERROR", ""},
+      {"compiler cannot start", false, "main.c", "", false, "", kNoTool, "Compile",
+       "File not found"},
+      {"compile without a HEX file", false, "main.c", "cerr.txt", false, "", 0, "Compile complete",
+       "Can't Open or Read the FILE"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     Runs r(c.source);
-    if (c.starts) {
+    namespace fs = std::filesystem;
+    write_text(r.dir.file("cerr.txt"), "main.c:1: old error\n");
+    fs::last_write_time(r.dir.file("cerr.txt"),
+                        fs::file_time_type::clock::now() - std::chrono::hours(1));
+    if (c.status == kNoTool) {
+      r.rig.host.tool = nullptr;
+    } else {
       r.rig.host.tool->status = c.status;
       r.rig.host.tool->output = "tool says no";
-      r.rig.host.tool->on_end = [&r, &c] {
-        if (!c.err_name.empty()) write_text(r.dir.file(c.err_name), c.err_text);
-        if (!c.hex_name.empty()) write_text(r.dir.file(c.hex_name), kHex);
-      };
-    } else {
-      r.rig.host.tool = nullptr;
+      std::vector<std::pair<std::string, std::string>> files;
+      if (!c.err_file.empty()) files.emplace_back(c.err_file, c.messages ? messages : "");
+      if (!c.hex_file.empty()) files.emplace_back(c.hex_file, kHex);
+      r.tool_writes(files);
     }
-    c.assembler ? r.rig.form.ASSMButton_Click() : r.rig.form.C_Button_Click();
+    r.start(c.assembler);
     r.tick_until_done();
+    const bool failed = c.notes.ends_with("ERROR");
+    const bool loaded = c.notes.ends_with("complete") && c.box.empty();
     EXPECT_EQ(r.rig.form.view().NotesLabel, c.notes);
-    EXPECT_EQ(r.rig.form.view().NotesColor, c.notes.ends_with("ERROR") ? kRed : kWhite);
-    EXPECT_EQ(r.box_texts(), c.boxes);
-    EXPECT_EQ(r.rig.state.DataLoaded, c.loaded ? 1 : 0);
-    if (c.loaded) {
+    EXPECT_EQ(r.rig.form.view().NotesColor, failed ? kRed : kWhite);
+    EXPECT_EQ(r.box_texts(),
+              c.box.empty() ? std::vector<std::string>{} : std::vector<std::string>{c.box});
+    EXPECT_EQ(r.rig.state.DataLoaded, loaded ? 1 : 0);
+    if (loaded) {
       EXPECT_EQ(r.rig.state.word(0), 0x2801);
       EXPECT_EQ(r.rig.state.word(1), 0x0008);
     }
-    EXPECT_EQ(r.rig.host.visible.count(WindowId::kErrorView), c.error_window ? 1u : 0u);
+    EXPECT_EQ(r.rig.host.visible.count(WindowId::kErrorView), failed ? 1u : 0u);
     EXPECT_EQ(r.rig.state.TargetFileName, r.source);
     EXPECT_EQ(r.rig.state.WaitTicks, 0);
     ASSERT_EQ(r.rig.host.tool_starts.size(), 1u);
@@ -188,7 +84,10 @@ TEST(ToolRuns, EachOutcomeOfAnAssemblerOrCompilerRun) {
     EXPECT_FALSE(r.rig.host.tool_starts[0].detached);
     EXPECT_EQ(r.rig.host.tool_starts[0].command,
               c.assembler ? "/opt/gputils/gpasm -k" : "/opt/cc/cc -Ecerr.txt");
-    if (c.status != 0 && c.err_text.empty()) {
+    if (c.messages) {
+      EXPECT_EQ(r.rig.form.toolchain().error_view_text(),
+                "Error[113] x 1 : y\r\nsecond\r\nthird\r\n");
+    } else if (failed) {
       EXPECT_NE(r.rig.form.toolchain().error_view_text().find("tool says no"), std::string::npos);
     }
   }
@@ -198,11 +97,9 @@ TEST(ToolRuns, TestBoxShowsErrorFileCommandLineAndHexFileInTurn) {
   for (const bool assembler : {true, false}) {
     Runs r(assembler ? "test.ASM" : "main.C");
     const std::string stem = r.source.substr(0, r.source.size() - (assembler ? 3 : 1));
-    r.rig.host.tool->on_end = [&] {
-      write_text(assembler ? stem + "ERR" : r.dir.file("cerr.txt"), "");
-      write_text(stem + "HEX", kHex);
-    };
-    assembler ? r.rig.form.ASSMButton_Click() : r.rig.form.C_Button_Click();
+    r.tool_writes(
+        {{assembler ? "test.ERR" : "cerr.txt", ""}, {assembler ? "test.HEX" : "main.HEX", kHex}});
+    r.start(assembler);
     r.tick_until_done();
     std::vector<std::string> expected;
     if (assembler) expected.push_back(stem + "ERR");
@@ -229,7 +126,7 @@ TEST(ToolRuns, PathsThatAreNotSourcesStartNothing) {
     Runs r("x");
     r.rig.form.view().FilenameTextbox = c.box;
     r.rig.form.view().NotesLabel = "before";
-    c.assembler ? r.rig.form.ASSMButton_Click() : r.rig.form.C_Button_Click();
+    r.start(c.assembler);
     EXPECT_EQ(r.rig.host.beeps, c.beeps);
     EXPECT_TRUE(r.rig.host.tool_starts.empty());
     EXPECT_EQ(r.rig.form.view().NotesLabel, "before");
@@ -247,10 +144,7 @@ TEST(ToolRuns, WaitsElevenTicksThenForTheToolAndHoldsWriteMeanwhile) {
     SCOPED_TRACE(polls);
     Runs r("blink.asm");
     r.rig.host.tool->polls = polls;
-    r.rig.host.tool->on_end = [&] {
-      write_text(r.dir.file("blink.ERR"), "");
-      write_text(r.dir.file("blink.HEX"), kHex);
-    };
+    r.tool_writes({{"blink.ERR", ""}, {"blink.HEX", kHex}});
     r.rig.form.ASSMButton_Click();
     EXPECT_EQ(r.rig.state.WaitTicks, 50);
     int ticks = 0;
@@ -267,10 +161,16 @@ TEST(ToolRuns, WaitsElevenTicksThenForTheToolAndHoldsWriteMeanwhile) {
   }
 }
 
-TEST(ToolRuns, ToolThatNeverEndsIsStoppedAfterSixtySeconds) {
+// One run at a time: a second click only beeps; a tool that never ends is
+// stopped after sixty seconds.
+TEST(ToolRuns, SecondRunBeepsAndAToolThatNeverEndsIsStopped) {
   Runs r("blink.asm");
   r.rig.host.tool->polls = 100000;
   r.rig.form.ASSMButton_Click();
+  r.rig.form.ASSMButton_Click();
+  r.rig.form.C_Button_Click();
+  EXPECT_EQ(r.rig.host.beeps, 2);
+  EXPECT_EQ(r.rig.host.tool_starts.size(), 1u);
   EXPECT_EQ(r.tick_until_done(), Toolchain::kLimitTicks);
   EXPECT_TRUE(r.rig.host.tool->killed);
   ASSERT_EQ(r.rig.host.boxes.size(), 1u);
@@ -280,16 +180,6 @@ TEST(ToolRuns, ToolThatNeverEndsIsStoppedAfterSixtySeconds) {
   EXPECT_EQ(r.rig.state.DataLoaded, 0);
 }
 
-TEST(ToolRuns, SecondRunWhileOneWorksOnlyBeeps) {
-  Runs r("blink.asm");
-  r.rig.host.tool->polls = 20;
-  r.rig.form.ASSMButton_Click();
-  r.rig.form.ASSMButton_Click();
-  r.rig.form.C_Button_Click();
-  EXPECT_EQ(r.rig.host.beeps, 2);
-  EXPECT_EQ(r.rig.host.tool_starts.size(), 1u);
-}
-
 // Checked, a tool runs in its source's folder and leaves its files there;
 // exact, in the panel's folder, where the compiler's cerr.txt is then read.
 TEST(ToolRuns, ToolsRunInTheSourcesFolderUnlessExact) {
@@ -297,14 +187,11 @@ TEST(ToolRuns, ToolsRunInTheSourcesFolderUnlessExact) {
     SCOPED_TRACE(exact ? "exact" : "checked");
     Runs r("src/main.c", exact);
     std::filesystem::create_directory(r.dir.file("src"));
-    const std::string folder = exact ? "" : r.dir.file("src");
-    r.rig.host.tool->on_end = [&] {
-      write_text(r.dir.file(exact ? "cerr.txt" : "src/cerr.txt"), "main.c:1: error\n");
-    };
+    r.tool_writes({{exact ? "cerr.txt" : "src/cerr.txt", "main.c:1: error\n"}});
     r.rig.form.C_Button_Click();
     r.tick_until_done();
     ASSERT_EQ(r.rig.host.tool_starts.size(), 1u);
-    EXPECT_EQ(r.rig.host.tool_starts[0].folder, folder);
+    EXPECT_EQ(r.rig.host.tool_starts[0].folder, exact ? "" : r.dir.file("src"));
     EXPECT_EQ(r.rig.form.view().NotesLabel, "Compile ERROR");
     EXPECT_EQ(r.rig.form.toolchain().error_view_text(), "main.c:1: error\r\n");
   }
@@ -317,27 +204,11 @@ TEST(ToolRuns, ToolsRunInTheSourcesFolderUnlessExact) {
   EXPECT_EQ(r.rig.host.tool_starts[0].argument, r.dir.file("sub/main.c"));
 }
 
-TEST(ToolRuns, LeftoverCompilerMessagesFromAnEarlierRunAreIgnored) {
-  namespace fs = std::filesystem;
-  Runs r("main.c");
-  write_text(r.dir.file("cerr.txt"), "main.c:1: old error\n");
-  fs::last_write_time(r.dir.file("cerr.txt"),
-                      fs::file_time_type::clock::now() - std::chrono::hours(1));
-  r.rig.host.tool->on_end = [&] { write_text(r.dir.file("main.HEX"), kHex); };
-  r.rig.form.C_Button_Click();
-  r.tick_until_done();
-  EXPECT_EQ(r.rig.form.view().NotesLabel, "Compile complete");
-  EXPECT_EQ(r.rig.state.DataLoaded, 1);
-}
-
 // A chip operation that lets events run keeps its buffer: the image of a
 // run that ends meanwhile is loaded after it.
 TEST(ToolRuns, ImageLoadsOnlyAfterARunningChipOperation) {
   Runs r("blink.asm");
-  r.rig.host.tool->on_end = [&] {
-    write_text(r.dir.file("blink.ERR"), "");
-    write_text(r.dir.file("blink.HEX"), kHex);
-  };
+  r.tool_writes({{"blink.ERR", ""}, {"blink.HEX", kHex}});
   r.rig.form.ASSMButton_Click();
   for (int i = 0; i < 10; ++i) r.rig.form.Timer1_Timer();
   bool loaded_during_read = true;
