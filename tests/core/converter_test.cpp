@@ -31,10 +31,14 @@ TEST(DataConv, DecimalToHexAndBack) {
       {"4294967295", "FFFFFFFF", "1111 1111", "-1"},
       {"4294967296", "Overflow", "0000 0000", "0"},
   };
+  DataConv conv;  // each opening clears every field
   for (const ConvRow& row : rows) {
     SCOPED_TRACE(row.dec);
-    DataConv conv;
+    conv.Text3 = "A";
+    conv.Text4 = "41";
     conv.Form_Load();
+    EXPECT_EQ(conv.Text1 + conv.Text2 + conv.Text3 + conv.Text4, "");
+    EXPECT_EQ(conv.Label_bit, "0000 0000");
     conv.Text1 = row.dec;
     conv.Command1_Click();
     EXPECT_EQ(conv.Text2, row.hex);
@@ -110,21 +114,6 @@ TEST(DataConv, CharactersAndCodes) {
   conv.Text4 = "FFFF";
   conv.Command4_Click();
   EXPECT_EQ(conv.Text3, "\xEF\xBF\xBF");
-}
-
-TEST(DataConv, LoadClearsEveryFieldAndShowsZeroBits) {
-  DataConv conv;
-  conv.Text1 = "1";
-  conv.Text2 = "FF";
-  conv.Text3 = "A";
-  conv.Text4 = "41";
-  conv.Label_bit = "1111 1111";
-  conv.Form_Load();
-  EXPECT_EQ(conv.Text1 + conv.Text2 + conv.Text3 + conv.Text4, "");
-  EXPECT_EQ(conv.Label_bit, "0000 0000");
-  std::int16_t minus_one = -1;
-  conv.bit_DSP(minus_one);
-  EXPECT_EQ(conv.Label_bit, "1111 1111");
 }
 
 }  // namespace

@@ -6,12 +6,12 @@
 #include <numeric>
 
 #include "instrument_rig.h"
-#include "instruments/logic_view.h"
 
 namespace zenta {
 namespace {
 
 using testing::InstrumentRig;
+using testing::LaRig;
 
 std::vector<DrawLine> trace_lines(const LaDrawing& drawing) {
   std::vector<DrawLine> lines;
@@ -68,9 +68,8 @@ TEST(LogicView, SamplePeriodByteFromTheTimeText) {
 }
 
 TEST(LogicView, GridLabelsAndTraceGeometry) {
-  InstrumentRig rig;
-  LogicView view(rig.unit);
-  view.Form_Load();
+  LaRig rig;
+  LogicView& view = rig.view;
   // Grid: 51 lines 100 apart from x 100, every tenth green.
   std::vector<int> green, grey;
   for (const DrawLine& line : view.drawing.lines) {
@@ -128,9 +127,8 @@ TEST(LogicView, GridLabelsAndTraceGeometry) {
 }
 
 TEST(LogicView, DataSetAndSampleDisplay) {
-  InstrumentRig rig;
-  LogicView view(rig.unit);
-  view.Form_Load();
+  LaRig rig;
+  LogicView& view = rig.view;
   EXPECT_EQ(view.Text1.size(), 71u);
   view.Command10_Click();
   EXPECT_EQ(view.Text3, std::string(401, '0'));
@@ -190,9 +188,8 @@ TEST(LogicView, CaptureSendsNineExchangesAndDrawsTheSimulatedSignal) {
                       {"", false, "36 00 00 00 00 00 00 00", ""}};
   for (const Row& row : rows) {
     SCOPED_TRACE(row.stime);
-    InstrumentRig rig;
-    LogicView view(rig.unit);
-    view.Form_Load();
+    LaRig rig;
+    LogicView& view = rig.view;
     view.STIME = row.stime;
     if (!row.pos) view.Option2_Click();
     std::uint32_t lamp_while_painting = 0;
@@ -225,9 +222,8 @@ TEST(LogicView, CaptureSendsNineExchangesAndDrawsTheSimulatedSignal) {
 }
 
 TEST(LogicView, TrigIsRefusedWhileAnotherOperationHoldsTheUnit) {
-  InstrumentRig rig;
-  LogicView view(rig.unit);
-  view.Form_Load();
+  LaRig rig;
+  LogicView& view = rig.view;
   view.STIME = "150";
   {
     Unit::Operation chip_operation(rig.unit);

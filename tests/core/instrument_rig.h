@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "fakes.h"
+#include "instruments/logic_view.h"
 #include "link/command_codes.h"
 #include "link/sim/sim_unit.h"
 #include "link/unit.h"
@@ -34,6 +35,12 @@ struct InstrumentRig {
   // The next exchange's read fails: the unit counts the same writes as the link.
   void fail_next_read() { sim.fail_read_at(static_cast<int>(link().exchanges()) + 1); }
   UnitLink& link() { return unit.link(); }
+};
+
+// The logic view opened on the simulated unit.
+struct LaRig : InstrumentRig {
+  LaRig() { view.Form_Load(); }
+  LogicView view{unit};
 };
 
 }  // namespace zenta::testing

@@ -1,4 +1,4 @@
-// The simulated unit's logic input and the instrument options of the unit text.
+// The simulated unit's logic and frequency inputs.
 #include <gtest/gtest.h>
 
 #include "instrument_rig.h"
@@ -64,28 +64,32 @@ TEST(SimLogicInput, CaptureStartsAtTheTriggerEdgeAndFollowsThePeriod) {
   }
 }
 
-TEST(SimLogicInput, UnitTextSetsTheFrequencyInput) {
-  struct Row {
+// The input frequency the unit text sets, counted during the gate: 0.1 s
+// for gate byte 0, 1 s for any other; past 16 bits the count keeps its low
+// 16 bits and the over-range flag is set.
+TEST(SimFrequencyInput, UnitTextSetsItAndTheGateCountsIt) {
+  const struct {
     const char* unit;
-    bool made;
-    std::uint16_t count_1s;  // UNIT_FREQ with the 1 s gate
-  };
-  const Row rows[] = {
-      {"sim:16F877A,freq=1000", true, 1000}, {"sim:16F628A,freq=70000", true, 70000 - 65536},
-      {"sim:16F877A", true, 12500},          {"sim:16F877A,freq=", false, 0},
-      {"sim:16F877A,freq=12k", false, 0},    {"sim:16F877A,speed=3", false, 0}};
-  for (const Row& row : rows) {
+    std::uint8_t gate;
+    std::uint16_t count;
+    bool over;
+  } rows[] = {{"sim:16F877A,freq=1000", 1, 1000, false},
+              {"sim:16F628A,freq=70000", 1, 70000 - 65536, true},
+              {"sim:16F877A", 7, 12500, false},
+              {"sim:16F877A,freq=655350", 0, 0xFFFF, false},
+              {"sim:16F877A,freq=700000", 0, 0x1170, true}};
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.unit);
     DriverChoice choice = make_driver(row.unit);
-    ASSERT_EQ(choice.driver != nullptr, row.made) << choice.error;
-    if (!choice.driver) {
-      EXPECT_NE(choice.error.find("freq"), std::string::npos) << choice.error;
-      continue;
-    }
+    ASSERT_NE(choice.driver, nullptr) << choice.error;
     testing::FakeHost host;
     Unit unit(*choice.driver, host);
-    const MeterReply reply = measure_frequency(unit, 1);
-    EXPECT_EQ(reply.value, row.count_1s);
+    const MeterReply reply = measure_frequency(unit, row.gate);
+    EXPECT_EQ(reply.value, row.count);
+    EXPECT_EQ(reply.over_range, row.over);
+  }
+  for (const char* bad : {"sim:16F877A,freq=", "sim:16F877A,freq=12k"}) {
+    EXPECT_NE(make_driver(bad).error.find("freq"), std::string::npos) << bad;
   }
 }
 

@@ -12,39 +12,16 @@
 namespace zenta::testing {
 namespace {
 
-TEST(SimFaults, AnInjectedFaultTakesTheLinksFailurePathAtExactlyThatExchange) {
-  struct Case {
-    void (sim::SimUnit::*inject)(int exchange);
-    int at;
-    std::string box;
-    bool led;  // the LED command of exchange 3 carried out
-  };
-  const std::vector<Case> cases = {
-      {&sim::SimUnit::fail_write_at, 3, "USB Write Error", false},
-      {&sim::SimUnit::fail_read_at, 3, "USB Read Error", true},
-      {&sim::SimUnit::short_transfer_at, 3, "USB Read Error", true},
-      {&sim::SimUnit::fail_write_at, 1, "USB Write Error", true},
-  };
-  const std::vector<Packet> packets = {
-      {UNIT_VERSION}, {UNIT_AD_READ, 3}, {UNIT_LED, 1}, {UNIT_AD_READ, 1}};
-  for (std::size_t i = 0; i < cases.size(); ++i) {
-    const Case& c = cases[i];
-    SCOPED_TRACE("case " + std::to_string(i));
+// A packet whose reply is lost reached the unit, which carried it out; one
+// whose write failed did not.
+TEST(SimFaults, OnlyAPacketThatWasWrittenIsCarriedOut) {
+  for (const auto& [inject, led] : {std::pair{&sim::SimUnit::fail_write_at, false},
+                                    {&sim::SimUnit::fail_read_at, true},
+                                    {&sim::SimUnit::short_transfer_at, true}}) {
     SimRig rig;
-    (rig.unit.*c.inject)(c.at);
-    for (std::size_t n = 1; n <= packets.size(); ++n) {
-      const Packet before = rig.link.RxPacket;
-      const bool failing = static_cast<int>(n) == c.at;
-      EXPECT_EQ(rig.send(packets[n - 1]), failing ? kLinkFailed : kLinkOk) << n;
-      ASSERT_EQ(rig.host.boxes.size(), static_cast<int>(n) < c.at ? 0u : 1u) << n;
-      ASSERT_EQ(rig.unit.trace().size(), n);
-      EXPECT_EQ(rig.unit.trace().back().tx, packets[n - 1]);
-      EXPECT_EQ(rig.unit.trace().back().ok, !failing) << n;
-      EXPECT_EQ(rig.link.RxPacket, failing ? before : rig.unit.trace().back().rx) << n;
-    }
-    EXPECT_EQ(rig.host.boxes[0].text, c.box);
-    EXPECT_EQ(rig.host.boxes[0].title, "USB ERROR");
-    EXPECT_EQ(rig.unit.led(), c.led);
+    (rig.unit.*inject)(1);
+    EXPECT_EQ(rig.send({UNIT_LED, 1}), kLinkFailed);
+    EXPECT_EQ(rig.unit.led(), led);
   }
 }
 
@@ -53,13 +30,9 @@ TEST(SimFaults, AnUnpluggedUnitFailsEveryOpenWriteAndRead) {
   EXPECT_EQ(rig.link.open_driver(), kDriverOk);
   rig.unit.unplug();
   EXPECT_EQ(rig.link.open_driver(), kDriverOpenError);
-  EXPECT_TRUE(rig.unit.vcc()) << "the supply is on from the moment the unit is plugged in";
   EXPECT_EQ(rig.send({UNIT_VCC, 0}), kLinkFailed);
   EXPECT_EQ(rig.unit.condition(), UnitCondition::kGone);
-  EXPECT_TRUE(rig.unit.vcc());
-  std::uint8_t reply[8];
-  EXPECT_EQ(rig.unit.read(reply, 8), -1);
-  EXPECT_EQ(rig.unit.write(reply, 8), -1);
+  EXPECT_TRUE(rig.unit.vcc()) << "the supply stays as it was when the unit went";
 }
 
 TEST(SimInstruments, AdChannelsReadTheirInputsAndChannel0FollowsMclr) {
@@ -69,18 +42,6 @@ TEST(SimInstruments, AdChannelsReadTheirInputsAndChannel0FollowsMclr) {
     rig.send({UNIT_MCLR_LEVEL, static_cast<std::uint8_t>(mclr)});
     rig.send({UNIT_AD_READ, static_cast<std::uint8_t>(channel)});
     EXPECT_EQ(rig.word_of_reply(0), reading) << "MCLR " << mclr << " channel " << channel;
-  }
-}
-
-TEST(SimInstruments, FrequencyCountsTheInputDuringTheGateAndFlagsOverflow) {
-  // Gate byte 0: 0.1 s, any other: 1 s.
-  const std::vector<std::tuple<std::uint32_t, std::uint8_t, Packet>> cases = {
-      {12500, 1, {0x30, 0xD4, 0}}, {655350, 0, {0xFF, 0xFF, 0}}, {700000, 0, {0x11, 0x70, 1}}};
-  SimRig rig;
-  for (const auto& [hz, gate, reply] : cases) {
-    rig.unit.set_input_frequency(hz);
-    rig.send({UNIT_FREQ, gate});
-    EXPECT_EQ(rig.link.RxPacket, reply) << hz << " Hz, gate " << +gate;
   }
 }
 

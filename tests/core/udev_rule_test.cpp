@@ -37,12 +37,5 @@ TEST(UdevRule, InstalledFileIsThePrintedRule) {
   EXPECT_EQ(text.str(), udev_rule_text());
 }
 
-#ifdef ZENTA_HAVE_LIBUSB
-TEST(UdevRule, IdTextIsWhatLsusbShows) {
-  EXPECT_EQ(usb_id_text(kUnitUsbId), "1209:5a4e");
-  EXPECT_EQ(usb_id_text({0x00AB, 0x0001}), "00ab:0001");
-}
-#endif
-
 }  // namespace
 }  // namespace zenta::testing

@@ -12,17 +12,13 @@ namespace {
 int word_at(int w) {
   return (w * 0x135 + 7) & 0x3FFF;
 }
-std::string word_cell(int w) {
-  char text[8];
-  std::snprintf(text, sizeof text, "%04X ", word_at(w));
-  return text;
-}
 int byte_at(int b) {
   return (b * 29 + 5) & 0xFF;
 }
-std::string byte_cell(int b) {
+// A value as its cell shows it.
+std::string cell(int value, int digits) {
   char text[8];
-  std::snprintf(text, sizeof text, "%02X ", byte_at(b));
+  std::snprintf(text, sizeof text, "%0*X ", digits, value);
   return text;
 }
 
@@ -44,62 +40,37 @@ TEST(BufferViewer, EdgeCellsShowTheirWordOrByte) {
     const BufferViewModel& view;
     int row, column;
     std::string text;
-  } cases[] = {
-      {program, 0, 0, ""},
-      {program, 0, 1, "+0"},
-      {program, 0, 16, "+F"},
-      {program, 1, 0, "    0"},
-      {program, 512, 0, " 1FF0"},
-      {program, 513, 0, ""},
-      {program, 1, 1, word_cell(0)},
-      {program, 1, 16, word_cell(15)},
-      {program, 2, 1, word_cell(16)},
-      {program, 512, 1, word_cell(0x1FF0)},
-      {program, 512, 16, word_cell(0x1FFF)},
-      {program, 513, 1, ""},
-      {eeprom, 1, 0, "  0"},
-      {eeprom, 16, 0, " F0"},
-      {eeprom, 1, 1, byte_cell(0)},
-      {eeprom, 1, 16, byte_cell(15)},
-      {eeprom, 2, 16, byte_cell(0x1F)},
-      {eeprom, 16, 1, byte_cell(0xF0)},
-      {eeprom, 16, 16, byte_cell(0xFF)},
-      // Outside the grids.
-      {program, -1, 0, ""},
-      {program, -1, 1, ""},
-      {program, 515, 0, ""},
-      {program, 515, 1, ""},
-      {program, 1, 17, ""},
-      {program, 0, 17, ""},
-      {program, 1, -1, ""},
-      {eeprom, 17, 0, ""},
-      {eeprom, 17, 1, ""},
-      {eeprom, -1, 0, ""},
-      {eeprom, 16, 17, ""},
-  };
+  } cases[] = {{program, 0, 1, "+0"},
+               {program, 0, 16, "+F"},
+               {program, 1, 0, "    0"},
+               {program, 512, 0, " 1FF0"},
+               {program, 1, 1, cell(word_at(0), 4)},
+               {program, 1, 16, cell(word_at(15), 4)},
+               {program, 2, 1, cell(word_at(16), 4)},
+               {program, 512, 1, cell(word_at(0x1FF0), 4)},
+               {program, 512, 16, cell(word_at(0x1FFF), 4)},
+               {eeprom, 1, 0, "  0"},
+               {eeprom, 16, 0, " F0"},
+               {eeprom, 1, 1, cell(byte_at(0), 2)},
+               {eeprom, 1, 16, cell(byte_at(15), 2)},
+               {eeprom, 2, 16, cell(byte_at(0x1F), 2)},
+               {eeprom, 16, 1, cell(byte_at(0xF0), 2)},
+               {eeprom, 16, 16, cell(byte_at(0xFF), 2)}};
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.row) + "," + std::to_string(c.column));
     EXPECT_EQ(c.view.cell(c.row, c.column), c.text);
   }
-}
-
-// A value set outside the data cells goes nowhere and reads back as never
-// filled; the data cells at the edges keep their own values.
-TEST(BufferViewer, ValuesStayInTheirCell) {
-  BufferViewModel view = make_eeprom_view();
-  view.build(16);
-  const std::pair<int, int> edges[] = {{1, 1}, {1, 16}, {16, 1}, {16, 16}};
-  for (const auto& [row, column] : edges) view.set_value(row, column, row * 100 + column);
-  for (const auto& [row, column] :
-       std::vector<std::pair<int, int>>{{0, 1}, {1, 0}, {17, 1}, {1, 17}, {0, 0}, {-1, 1}}) {
-    view.set_value(row, column, 0x55);
-    EXPECT_EQ(view.value(row, column), -1) << row << "," << column;
+  // The corner, the rows past the image and the cells outside the grids
+  // are empty: row and column pairs.
+  const int program_empty[] = {0,   0, 513, 0, 513, 1,  -1, 0,  -1, 1,
+                               515, 0, 515, 1, 1,   17, 0,  17, 1,  -1};
+  for (std::size_t i = 0; i < std::size(program_empty); i += 2) {
+    EXPECT_EQ(program.cell(program_empty[i], program_empty[i + 1]), "") << i;
   }
-  for (const auto& [row, column] : edges) {
-    EXPECT_EQ(view.value(row, column), row * 100 + column) << row << "," << column;
+  const int eeprom_empty[] = {17, 0, 17, 1, -1, 0, 16, 17};
+  for (std::size_t i = 0; i < std::size(eeprom_empty); i += 2) {
+    EXPECT_EQ(eeprom.cell(eeprom_empty[i], eeprom_empty[i + 1]), "") << i;
   }
-  EXPECT_EQ(view.value(1, 2), -1);
-  EXPECT_EQ(view.value(2, 1), -1);
 }
 
 // An image larger than the grid fills every row the grid has and no more;
@@ -112,7 +83,7 @@ TEST(BufferViewer, TheGridBoundsAnImageLargerThanIt) {
   FILL_PROG_VIEW(view, state);
   EXPECT_EQ(view.labelled_rows(), 514);
   EXPECT_EQ(view.cell(514, 0), " 2010");
-  EXPECT_EQ(view.cell(514, 16), word_cell(514 * 16 - 1));
+  EXPECT_EQ(view.cell(514, 16), cell(word_at(514 * 16 - 1), 4));
   EXPECT_EQ(view.cell(515, 16), "");
 }
 
@@ -156,11 +127,8 @@ TEST(PanelReads, StartBoxAndEepromViewFollowEachRead) {
     rig.unit.set_eeprom_byte(0x1F, value);
     rig.unit.set_eeprom_byte(0xFF, value ^ 0xFF);
     EXPECT_TRUE(rig.form.READ_EEPROM_Click().ok());
-    char cell[8];
-    std::snprintf(cell, sizeof cell, "%02X ", value);
-    EXPECT_EQ(rig.eeprom_view.cell(2, 16), cell);
-    std::snprintf(cell, sizeof cell, "%02X ", value ^ 0xFF);
-    EXPECT_EQ(rig.eeprom_view.cell(16, 16), cell);
+    EXPECT_EQ(rig.eeprom_view.cell(2, 16), cell(value, 2));
+    EXPECT_EQ(rig.eeprom_view.cell(16, 16), cell(value ^ 0xFF, 2));
   }
 }
 

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -25,7 +24,6 @@ namespace {
 constexpr int kPorts = 8;
 constexpr std::uint8_t kOut = 0x01;
 constexpr std::uint8_t kIn = 0x81;
-constexpr int kNever = INT_MAX;
 
 std::string hex(const std::vector<std::uint8_t>& bytes) {
   std::string text;
@@ -132,8 +130,8 @@ struct EmulatedUnit::Impl {
   UMockdevIoctlBase* handler = nullptr;
   std::string node_path;
   std::string socket_path;
-  std::chrono::steady_clock::time_point first_packet{};
-  std::chrono::steady_clock::time_point last_packet{};
+  Faults faults;
+  Seen seen;
 
   mutable std::mutex mutex;
   std::deque<Reply> in_buffer;  // replies the host has not fetched
@@ -142,17 +140,9 @@ struct EmulatedUnit::Impl {
   bool out_halted = false;
   bool in_halted = false;
   bool gone = false;
-  bool held = false;
   int exchanges = 0;
-  int halts_cleared = 0;
-  int late_at = kNever;
   bool late_held = false;
   Reply late_reply{};
-  int silent_from = kNever;
-  int deaf_from = kNever;
-  int out_stall_at = kNever;
-  int in_stall_at = kNever;
-  int unplug_at = kNever;
 
   Impl(sim::SimUnit& u, EndpointKind kind, std::string s)
       : unit(u),
@@ -182,19 +172,19 @@ struct EmulatedUnit::Impl {
 
   void take_packet(Urb urb) {
     const int exchange = exchanges + 1;
-    if (exchange >= deaf_from) {
+    if (exchange >= faults.deaf_from) {
       pending.push_back(urb);
       return;
     }
     exchanges = exchange;
-    last_packet = std::chrono::steady_clock::now();
-    if (exchange == 1) first_packet = last_packet;
+    seen.last_packet = std::chrono::steady_clock::now();
+    if (exchange == 1) seen.first_packet = seen.last_packet;
     unit.write(urb.buffer->data, 8);
     Reply reply{};
     unit.read(reply.data(), 8);
     finish(urb, 0, urb.fields()->buffer_length);
-    if (exchange >= silent_from) return;
-    if (exchange == late_at) {
+    if (exchange >= faults.silent_from) return;
+    if (exchange == faults.late_reply_at) {
       late_held = true;
       late_reply = reply;
       return;
@@ -215,7 +205,7 @@ struct EmulatedUnit::Impl {
       umockdev_ioctl_client_complete(client, -1, EINVAL);
       return;
     }
-    if (gone || (fields->endpoint == kOut && exchanges + 1 >= unplug_at)) {
+    if (gone || (fields->endpoint == kOut && exchanges + 1 >= faults.unplug_at)) {
       gone = true;
       g_object_unref(data);
       umockdev_ioctl_client_complete(client, -1, ENODEV);
@@ -227,9 +217,9 @@ struct EmulatedUnit::Impl {
             static_cast<UMockdevIoctlClient*>(g_object_ref(client))};
     umockdev_ioctl_client_complete(client, 0, 0);
     if (fields->endpoint == kOut) {
-      if (!out_halted && exchanges + 1 == out_stall_at) {
+      if (!out_halted && exchanges + 1 == faults.out_stall_at) {
         out_halted = true;
-        out_stall_at = kNever;
+        faults.out_stall_at = kNever;
       }
       if (out_halted) {
         finish(urb, -EPIPE, 0);
@@ -237,9 +227,9 @@ struct EmulatedUnit::Impl {
         take_packet(urb);
       }
     } else {
-      if (!in_halted && exchanges == in_stall_at) {
+      if (!in_halted && exchanges == faults.in_stall_at) {
         in_halted = true;
-        in_stall_at = kNever;
+        faults.in_stall_at = kNever;
       }
       if (in_halted) {
         finish(urb, -EPIPE, 0);
@@ -326,7 +316,7 @@ struct EmulatedUnit::Impl {
       }
       case USBDEVFS_CLAIMINTERFACE:
       case USBDEVFS_DISCONNECT_CLAIM:
-        if (held) {
+        if (faults.held) {
           umockdev_ioctl_client_complete(client, -1, EBUSY);
         } else {
           umockdev_ioctl_client_complete(client, gone ? -1 : 0, gone ? ENODEV : 0);
@@ -348,7 +338,7 @@ struct EmulatedUnit::Impl {
         std::memcpy(&endpoint, data->data, sizeof endpoint);
         g_object_unref(data);
         (endpoint == kIn ? in_halted : out_halted) = false;
-        ++halts_cleared;
+        ++seen.halts_cleared;
         umockdev_ioctl_client_complete(client, 0, 0);
         deliver();
         break;
@@ -394,57 +384,57 @@ struct EmulatedUnit::Impl {
 };
 
 EmulatedUnit::EmulatedUnit(sim::SimUnit& unit, std::uint16_t vendor, std::uint16_t product,
-                           EndpointKind kind, const std::string& serial)
+                           EndpointKind kind, const std::string& serial, const Faults& faults)
     : impl_(std::make_unique<Impl>(unit, kind, serial)) {
   std::tie(impl_->testbed, impl_->port) = shared_bus().join();
   const int devnum = impl_->port + 1;  // the root hub is 1
-  char devnum_text[8];
-  std::snprintf(devnum_text, sizeof devnum_text, "%03d", devnum);
-  impl_->dev_node = std::string("/dev/bus/usb/001/") + devnum_text;
+  char text[64];
+  std::snprintf(text, sizeof text, "%03d", devnum);
+  const std::string devnum_text = text;
+  impl_->dev_node = "/dev/bus/usb/001/" + devnum_text;
   impl_->sys_path = "/devices/pci0000:00/0000:00:14.0/usb1/1-" + std::to_string(impl_->port);
   const std::string desc = hex(descriptors(vendor, product, kind, !serial.empty()));
-  char ids[32];
-  std::snprintf(ids, sizeof ids, "%04x/%04x/100", vendor, product);
-  char vid[8], pid[8];
-  std::snprintf(vid, sizeof vid, "%04x", vendor);
-  std::snprintf(pid, sizeof pid, "%04x", product);
+  std::snprintf(text, sizeof text, "%04x/%04x/100\nA: idVendor=%04x\nA: idProduct=%04x", vendor,
+                product, vendor, product);
+  const std::string ids = text;  // PRODUCT's value, then the id attributes
   const std::string num = std::to_string(devnum);
-  std::string record = "P: " + impl_->sys_path + "\nN: " + impl_->dev_node.substr(5) + "=" + desc +
-                       "\nE: DEVNAME=" + impl_->dev_node +
-                       "\nE: DEVTYPE=usb_device\nE: DRIVER=usb\nE: PRODUCT=" + ids +
-                       "\nE: BUSNUM=001\nE: DEVNUM=" + devnum_text +
-                       "\nE: MAJOR=189\nE: MINOR=" + num +
-                       "\nE: SUBSYSTEM=usb\nA: bConfigurationValue=1\nA: bNumConfigurations=1"
-                       "\nA: busnum=1\nA: devnum=" +
-                       num + "\nA: devpath=" + std::to_string(impl_->port) +
-                       "\nA: speed=12\nA: idVendor=" + vid + "\nA: idProduct=" + pid;
+  std::string record =
+      "P: " + impl_->sys_path + "\nN: " + impl_->dev_node.substr(5) + "=" + desc +
+      "\nE: DEVNAME=" + impl_->dev_node +
+      "\nE: DEVTYPE=usb_device\nE: DRIVER=usb\nE: BUSNUM=001\nE: DEVNUM=" + devnum_text +
+      "\nE: MAJOR=189\nE: MINOR=" + num +
+      "\nE: SUBSYSTEM=usb\nA: bConfigurationValue=1\nA: bNumConfigurations=1\nA: busnum=1" +
+      "\nA: devnum=" + num + "\nA: devpath=" + std::to_string(impl_->port) +
+      "\nA: speed=12\nE: PRODUCT=" + ids;
   if (!serial.empty()) record += "\nA: serial=" + serial;
   record += "\nH: descriptors=" + desc + "\n";
   GError* error = nullptr;
-  if (!umockdev_testbed_add_from_string(impl_->testbed, record.c_str(), &error)) {
+  const auto fail = [&error](const std::string& what) {
     const std::string message = error ? error->message : "?";
     g_clear_error(&error);
+    throw std::runtime_error(what + message);
+  };
+  if (!umockdev_testbed_add_from_string(impl_->testbed, record.c_str(), &error)) {
     shared_bus().leave(impl_->port);
-    throw std::runtime_error("umockdev refused the device: " + message);
+    fail("umockdev refused the device: ");
   }
   impl_->handler = umockdev_ioctl_base_new();
   g_signal_connect(impl_->handler, "handle-ioctl", G_CALLBACK(&Impl::on_ioctl), impl_.get());
   g_signal_connect(impl_->handler, "client-connected", G_CALLBACK(&Impl::on_connect), impl_.get());
   if (!umockdev_testbed_attach_ioctl(impl_->testbed, impl_->dev_node.c_str(), impl_->handler,
                                      &error)) {
-    const std::string message = error ? error->message : "?";
-    g_clear_error(&error);
-    throw std::runtime_error("umockdev cannot answer the device's requests: " + message);
+    fail("umockdev cannot answer the device's requests: ");
   }
   gchar* root = umockdev_testbed_get_root_dir(impl_->testbed);
   impl_->node_path = std::string(root) + impl_->dev_node;
   impl_->socket_path = std::string(root) + "/ioctl" + impl_->dev_node;
-  // Other users must reach the bus too (forbid_access tests as nobody):
-  // every unit admits anyone, as the udev rule makes it, until forbidden.
+  // Other users must reach the bus too (a forbidden unit is tried as
+  // nobody): every unit admits anyone, as the udev rule makes it.
   chmod(root, 01777);
   chmod(impl_->node_path.c_str(), 0666);
   chmod(impl_->socket_path.c_str(), 0666);
   g_free(root);
+  set(faults);
 }
 
 EmulatedUnit::~EmulatedUnit() {
@@ -469,63 +459,27 @@ bool EmulatedUnit::available(std::string& why_not) {
   return false;
 }
 
-void EmulatedUnit::late_reply_at(int exchange) {
+void EmulatedUnit::set(const Faults& faults) {
   std::lock_guard lock(impl_->mutex);
-  impl_->late_at = exchange;
-}
-void EmulatedUnit::stop_answering_at(int exchange) {
-  std::lock_guard lock(impl_->mutex);
-  impl_->silent_from = exchange;
-}
-void EmulatedUnit::stop_accepting_at(int exchange) {
-  std::lock_guard lock(impl_->mutex);
-  impl_->deaf_from = exchange;
-}
-void EmulatedUnit::stall_at(int exchange, std::uint8_t endpoint) {
-  std::lock_guard lock(impl_->mutex);
-  (endpoint == kIn ? impl_->in_stall_at : impl_->out_stall_at) = exchange;
-}
-void EmulatedUnit::unplug_at(int exchange) {
-  std::lock_guard lock(impl_->mutex);
-  impl_->unplug_at = exchange;
-}
-void EmulatedUnit::leave_stale_reply(const Reply& reply) {
-  std::lock_guard lock(impl_->mutex);
-  impl_->in_buffer.push_back(reply);
-}
-void EmulatedUnit::hold_by_another_program() {
-  std::lock_guard lock(impl_->mutex);
-  impl_->held = true;
-}
-void EmulatedUnit::forbid_access() {
-  chmod(impl_->node_path.c_str(), geteuid() == 0 ? 0600 : 0000);
-  // umockdev connects its request socket even when the open was refused,
-  // and ends the program when it cannot: let anyone connect to it.
-  chmod(impl_->socket_path.c_str(), 0666);
+  impl_->faults = faults;
+  if (faults.stale_reply) impl_->in_buffer.push_back({0x3F, 'O', 'L', 'D'});
+  if (faults.forbidden) {
+    chmod(impl_->node_path.c_str(), geteuid() == 0 ? 0600 : 0000);
+    // umockdev connects its request socket even when the open was refused,
+    // and ends the program when it cannot: let anyone connect to it.
+    chmod(impl_->socket_path.c_str(), 0666);
+  }
 }
 
-int EmulatedUnit::exchanges() const {
+Seen EmulatedUnit::seen() const {
   std::lock_guard lock(impl_->mutex);
-  return impl_->exchanges;
+  Seen seen = impl_->seen;
+  seen.replies_waiting = impl_->in_buffer.size();
+  return seen;
 }
-int EmulatedUnit::halts_cleared() const {
-  std::lock_guard lock(impl_->mutex);
-  return impl_->halts_cleared;
-}
-std::chrono::steady_clock::time_point EmulatedUnit::first_packet() const {
-  std::lock_guard lock(impl_->mutex);
-  return impl_->first_packet;
-}
-std::chrono::steady_clock::time_point EmulatedUnit::last_packet() const {
-  std::lock_guard lock(impl_->mutex);
-  return impl_->last_packet;
-}
+
 int EmulatedUnit::bus_address() const {
   return impl_->port + 1;
-}
-std::size_t EmulatedUnit::replies_waiting() const {
-  std::lock_guard lock(impl_->mutex);
-  return impl_->in_buffer.size();
 }
 
 bool drop_to_nobody() {

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,17 +18,10 @@
 namespace zenta::testing {
 namespace {
 
-constexpr int kTimeoutMs = 150;
 // A chip with 1K words keeps the whole read short; the reference and the
 // emulated bus read the same chip.
 constexpr const char* kChip = "16F84A";
 constexpr int kDevice = 3;  // 16F84A
-
-#define REQUIRE_UMOCKDEV()                                  \
-  do {                                                      \
-    std::string why;                                        \
-    if (!EmulatedUnit::available(why)) GTEST_SKIP() << why; \
-  } while (false)
 
 // A chip with a pattern in program memory that no shifted read matches.
 void fill_program(sim::SimUnit& unit) {
@@ -51,10 +43,10 @@ struct Session : FormParts<UnitDriver&> {
     form.PICsel_Click(kDevice);
     return true;
   }
-  int boxes(const std::string& text) const {
-    int count = 0;
-    for (const auto& box : host.boxes) count += box.text == text;
-    return count;
+  std::vector<std::string> boxes() const {
+    std::vector<std::string> texts;
+    for (const auto& box : host.boxes) texts.push_back(box.text);
+    return texts;
   }
 };
 
@@ -91,45 +83,36 @@ TEST(UsbDriverEmulated, ReadStaysInStepWithTheUnit) {
   struct Case {
     const char* name;
     EndpointKind kind;
-    std::function<void(EmulatedUnit&)> fault;
-    int read_error_boxes;  // the link reports the exchange that timed out
+    Faults fault;
+    std::size_t read_error_boxes;  // the link reports the exchange that timed out
     int drained;           // stale replies the driver threw away
     int halts_cleared;
   };
+  constexpr EndpointKind kInterrupt = EndpointKind::kInterrupt, kBulk = EndpointKind::kBulk;
   const Case cases[] = {
-      {"interrupt endpoints", EndpointKind::kInterrupt, [](EmulatedUnit&) {}, 0, 0, 0},
-      {"bulk endpoints", EndpointKind::kBulk, [](EmulatedUnit&) {}, 0, 0, 0},
+      {"interrupt endpoints", kInterrupt, {}, 0, 0, 0},
+      {"bulk endpoints", kBulk, {}, 0, 0, 0},
       // Exchange 3 is the device ID read of the device selection.
-      {"late reply", EndpointKind::kInterrupt, [](EmulatedUnit& bus) { bus.late_reply_at(3); }, 1,
-       1, 0},
-      {"late reply, bulk", EndpointKind::kBulk, [](EmulatedUnit& bus) { bus.late_reply_at(40); }, 1,
-       1, 0},
-      {"reply left from an earlier run", EndpointKind::kInterrupt,
-       [](EmulatedUnit& bus) {
-         bus.leave_stale_reply({0x3F, 'O', 'L', 'D'});
-       },
-       0, 1, 0},
-      {"stalled OUT endpoint", EndpointKind::kInterrupt,
-       [](EmulatedUnit& bus) { bus.stall_at(5, 0x01); }, 0, 0, 1},
-      {"stalled IN endpoint", EndpointKind::kBulk, [](EmulatedUnit& bus) { bus.stall_at(5, 0x81); },
-       0, 0, 1},
+      {"late reply", kInterrupt, {.late_reply_at = 3}, 1, 1, 0},
+      {"late reply, bulk", kBulk, {.late_reply_at = 40}, 1, 1, 0},
+      {"reply left from an earlier run", kInterrupt, {.stale_reply = true}, 0, 1, 0},
+      {"stalled OUT endpoint", kInterrupt, {.out_stall_at = 5}, 0, 0, 1},
+      {"stalled IN endpoint", kBulk, {.in_stall_at = 5}, 0, 0, 1},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     sim::SimUnit unit(kChip);
     fill_program(unit);
-    EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product, c.kind);
-    c.fault(bus);
+    EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product, c.kind, "", c.fault);
     UsbDriver driver(kUnitUsbId, kTimeoutMs);
     Session session(driver);
     ASSERT_TRUE(session.start());
     session.form.READ_Click();
 
-    EXPECT_EQ(session.boxes("USB Read Error"), c.read_error_boxes);
-    EXPECT_EQ(session.host.boxes.size(), static_cast<std::size_t>(c.read_error_boxes));
+    EXPECT_EQ(session.boxes(), std::vector<std::string>(c.read_error_boxes, "USB Read Error"));
     EXPECT_EQ(driver.replies_drained(), c.drained);
-    EXPECT_EQ(bus.halts_cleared(), c.halts_cleared);
-    EXPECT_EQ(bus.replies_waiting(), 0u);
+    EXPECT_EQ(bus.seen().halts_cleared, c.halts_cleared);
+    EXPECT_EQ(bus.seen().replies_waiting, 0u);
     expect_same_trace(unit.trace(), reference.trace);
     int wrong = 0;
     for (int address = 0; address < 0x2000; ++address) {
@@ -147,7 +130,7 @@ TEST(UsbDriverEmulated, SilentOrUnpluggedUnitFailsWithoutHanging) {
   REQUIRE_UMOCKDEV();
   struct Case {
     const char* name;
-    std::function<void(EmulatedUnit&)> fault;
+    Faults fault;
     std::int32_t write_result;  // of the failing exchange
     std::int32_t read_result;
     UnitCondition condition;
@@ -155,19 +138,34 @@ TEST(UsbDriverEmulated, SilentOrUnpluggedUnitFailsWithoutHanging) {
     int packets_taken;         // by the unit, of the three exchanges
   };
   const Case cases[] = {
-      {"no reply", [](EmulatedUnit& bus) { bus.stop_answering_at(2); }, 8, kDriverReadError,
-       UnitCondition::kNotAnswering, 3.0 * kTimeoutMs / 1000, 3},
-      {"packet not taken", [](EmulatedUnit& bus) { bus.stop_accepting_at(2); }, kDriverWriteError,
-       kDriverReadError, UnitCondition::kNotAnswering, 3.0 * kTimeoutMs / 1000, 1},
+      {"no reply",
+       {.silent_from = 2},
+       8,
+       kDriverReadError,
+       UnitCondition::kNotAnswering,
+       3.0 * kTimeoutMs / 1000,
+       3},
+      {"packet not taken",
+       {.deaf_from = 2},
+       kDriverWriteError,
+       kDriverReadError,
+       UnitCondition::kNotAnswering,
+       3.0 * kTimeoutMs / 1000,
+       1},
       // Unplugged: no more waiting at all.
-      {"unplugged", [](EmulatedUnit& bus) { bus.unplug_at(2); }, kDriverWriteError,
-       kDriverReadError, UnitCondition::kGone, 0.02, 1},
+      {"unplugged",
+       {.unplug_at = 2},
+       kDriverWriteError,
+       kDriverReadError,
+       UnitCondition::kGone,
+       0.02,
+       1},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     sim::SimUnit unit("16F877A");
-    EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product);
-    c.fault(bus);
+    EmulatedUnit bus(unit, kUnitUsbId.vendor, kUnitUsbId.product, EndpointKind::kInterrupt, "",
+                     c.fault);
     UsbDriver driver(kUnitUsbId, kTimeoutMs);
     ASSERT_EQ(driver.open(), kDriverOk);
     std::uint8_t packet[8] = {UNIT_VERSION};
@@ -186,7 +184,7 @@ TEST(UsbDriverEmulated, SilentOrUnpluggedUnitFailsWithoutHanging) {
     EXPECT_FALSE(driver.write(packet, 8) == 8 && driver.read(reply, 8) == 8);
     EXPECT_LT(seconds_since(start), c.max_seconds_after + 0.5 * kTimeoutMs / 1000);
     EXPECT_EQ(driver.condition(), c.condition);
-    EXPECT_EQ(bus.exchanges(), c.packets_taken);
+    EXPECT_EQ(unit.trace().size(), c.packets_taken);
   }
 }
 
@@ -205,18 +203,17 @@ TEST(UsbDriverEmulated, UnitUnpluggedDuringWriteEndsQuickly) {
   session.form.Exact_Click(false);
   for (int address = 0; address < 0x800; ++address) session.state.set_word(address, 0x2800);
   session.state.DataLoaded = 1;
-  const int unplug_at = bus.exchanges() + 60;
-  bus.unplug_at(unplug_at);
+  const int unplug_at = static_cast<int>(unit.trace().size()) + 60;
+  bus.set({.unplug_at = unplug_at});
   session.host.boxes.clear();
 
   const auto start = std::chrono::steady_clock::now();
   session.form.WriteButton_Click();
   EXPECT_LT(seconds_since(start), 5.0);
-  EXPECT_EQ(bus.exchanges(), unplug_at - 1);
+  EXPECT_EQ(unit.trace().size(), unplug_at - 1u);
   EXPECT_EQ(session.unit.link().condition(), UnitCondition::kGone);
   // One box says what happened, not one per packet.
-  EXPECT_EQ(session.boxes(link_loss_text(LinkLoss::kUnplugged)), 1);
-  EXPECT_EQ(session.host.boxes.size(), 1u);
+  EXPECT_EQ(session.boxes(), std::vector<std::string>{link_loss_text(LinkLoss::kUnplugged)});
 }
 
 // The panel's "Unit not Found" box says which of the three it is.
@@ -225,33 +222,24 @@ TEST(UsbDriverEmulated, UnitNotFoundTellsWhy) {
   struct Case {
     const char* name;
     std::uint16_t product;  // of the device on the bus
-    std::function<void(EmulatedUnit&)> setup;
-    bool unprivileged;
+    Faults fault;
     std::vector<std::string> hint_has;
   };
   const Case cases[] = {
-      {"absent", 0x0001, [](EmulatedUnit&) {}, false, {"No unit", "1209:5a4e", "ZENTA_USB_ID"}},
-      {"busy",
-       kUnitUsbId.product,
-       [](EmulatedUnit& bus) { bus.hold_by_another_program(); },
-       false,
-       {"1209:5a4e", "in use by another program"}},
+      {"absent", 0x0001, {}, {"No unit", "1209:5a4e", "ZENTA_USB_ID"}},
+      {"busy", kUnitUsbId.product, {.held = true}, {"1209:5a4e", "in use by another program"}},
       {"not permitted",
        kUnitUsbId.product,
-       [](EmulatedUnit& bus) { bus.forbid_access(); },
-       true,
+       {.forbidden = true},
        {"1209:5a4e", "may not use it", "udev rule", "zenta udev-rule", "plug it in again"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     sim::SimUnit unit("16F877A");
-    EmulatedUnit bus(unit, kUnitUsbId.vendor, c.product);
-    c.setup(bus);
+    EmulatedUnit bus(unit, kUnitUsbId.vendor, c.product, EndpointKind::kInterrupt, "", c.fault);
     UsbDriver driver(kUnitUsbId, kTimeoutMs);
     Session session(driver);
-    const bool started =
-        c.unprivileged ? as_unprivileged([&] { return session.start(); }) : session.start();
-    EXPECT_FALSE(started);
+    EXPECT_FALSE(as_unprivileged([&] { return session.start(); }));
     ASSERT_EQ(session.host.boxes.size(), 1u);
     const std::string& text = session.host.boxes[0].text;
     EXPECT_TRUE(text.starts_with("Unit not Found\n\n")) << text;
@@ -259,7 +247,7 @@ TEST(UsbDriverEmulated, UnitNotFoundTellsWhy) {
       EXPECT_NE(text.find(part), std::string::npos) << part << " in: " << text;
     }
     EXPECT_EQ(session.unit.link().USBMSG(), "Driver Open:" + driver_result_texts()[2]);
-    EXPECT_EQ(bus.exchanges(), 0);
+    EXPECT_TRUE(unit.trace().empty());
   }
 }
 

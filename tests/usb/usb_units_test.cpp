@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -26,14 +25,6 @@ namespace {
 using cli::testing::Outcome;
 using cli::testing::run_args;
 
-#define REQUIRE_UMOCKDEV()                                  \
-  do {                                                      \
-    std::string why;                                        \
-    if (!EmulatedUnit::available(why)) GTEST_SKIP() << why; \
-  } while (false)
-
-constexpr int kTimeoutMs = 150;
-
 std::vector<std::string> lines_of(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream in(text);
@@ -51,10 +42,22 @@ std::string firmware_of(const std::string& chip) {
   return opened.FirmwareVersion();
 }
 
+// The packets a unit received are those a lone unit received.
+void expect_same_packets(const sim::SimUnit& unit, const sim::SimUnit& lone) {
+  ASSERT_EQ(unit.trace().size(), lone.trace().size());
+  for (std::size_t i = 0; i < unit.trace().size(); ++i) {
+    ASSERT_EQ(unit.trace()[i].tx, lone.trace()[i].tx) << "packet " << i + 1;
+  }
+}
+
 // Two units plugged in, "A1" holding a 16F84A and "B2" a 16F628A.
 struct TwoUnits {
-  sim::SimUnit a{"16F84A"};
-  sim::SimUnit b{"16F628A"};
+  explicit TwoUnits(const Faults& a_faults = {}, const char* a_chip = "16F84A",
+                    const char* b_chip = "16F628A")
+      : a(a_chip), b(b_chip) {
+    bus_a.set(a_faults);
+  }
+  sim::SimUnit a, b;
   EmulatedUnit bus_a{a, kUnitUsbId.vendor, kUnitUsbId.product, EndpointKind::kInterrupt, "A1"};
   EmulatedUnit bus_b{b, kUnitUsbId.vendor, kUnitUsbId.product, EndpointKind::kBulk, "B2"};
 };
@@ -64,45 +67,36 @@ TEST(UsbUnitsEmulated, SerialOpensThatUnitOnly) {
   struct Case {
     const char* name;
     std::string serial;
-    std::function<void(TwoUnits&)> setup;
-    bool unprivileged;
-    int packets_a, packets_b;  // the one exchange lands on the unit opened
+    bool a_forbidden;
+    std::size_t packets_a, packets_b;  // the one exchange lands on the unit opened
     std::vector<std::string> hint_has;
   };
   const Case cases[] = {
-      {"first", "A1", [](TwoUnits&) {}, false, 1, 0, {}},
-      {"second", "B2", [](TwoUnits&) {}, false, 0, 1, {}},
-      {"unknown", "C3", [](TwoUnits&) {}, false, 0, 0, {"No unit", "'C3'", "zenta units"}},
+      {"first", "A1", false, 1, 0, {}},
+      {"second", "B2", false, 0, 1, {}},
+      {"unknown", "C3", false, 0, 0, {"No unit", "'C3'", "zenta units"}},
       // A unit whose serial cannot be read is not taken for the one asked for.
-      {"other one forbidden", "B2", [](TwoUnits& t) { t.bus_a.forbid_access(); }, true, 0, 1, {}},
-      {"asked one forbidden",
-       "A1",
-       [](TwoUnits& t) { t.bus_a.forbid_access(); },
-       true,
-       0,
-       0,
-       {"may not use it", "udev rule"}},
+      {"other one forbidden", "B2", true, 0, 1, {}},
+      {"asked one forbidden", "A1", true, 0, 0, {"may not use it", "udev rule"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    TwoUnits units;
-    c.setup(units);
+    TwoUnits units({.forbidden = c.a_forbidden});
     UsbDriver driver(kUnitUsbId, c.serial, kTimeoutMs);
-    const auto exchange = [&] {
+    const bool exchanged = as_unprivileged([&] {
       if (driver.open() != kDriverOk) return false;
       std::uint8_t packet[8] = {UNIT_VERSION};
       std::uint8_t reply[8] = {};
       return driver.write(packet, 8) == 8 && driver.read(reply, 8) == 8;
-    };
-    const bool exchanged = c.unprivileged ? as_unprivileged(exchange) : exchange();
+    });
     EXPECT_EQ(exchanged, c.hint_has.empty()) << driver.open_failure_hint();
     for (const std::string& part : c.hint_has) {
       EXPECT_NE(driver.open_failure_hint().find(part), std::string::npos)
           << part << " in: " << driver.open_failure_hint();
     }
     driver.close();
-    EXPECT_EQ(units.bus_a.exchanges(), c.packets_a);
-    EXPECT_EQ(units.bus_b.exchanges(), c.packets_b);
+    EXPECT_EQ(units.a.trace().size(), c.packets_a);
+    EXPECT_EQ(units.b.trace().size(), c.packets_b);
   }
 }
 
@@ -149,9 +143,7 @@ TEST(UsbUnitsEmulated, SeveralUnitsWriteInParallel) {
   const Outcome alone = lone({"--device", "16F628A", "write", hex});
   ASSERT_EQ(alone.status, cli::kExitOk) << alone.err;
 
-  sim::SimUnit a("16F628A"), b("16F628A");
-  EmulatedUnit bus_a(a, kUnitUsbId.vendor, kUnitUsbId.product, EndpointKind::kInterrupt, "A1");
-  EmulatedUnit bus_b(b, kUnitUsbId.vendor, kUnitUsbId.product, EndpointKind::kBulk, "B2");
+  TwoUnits units({}, "16F628A", "16F628A");
   const Outcome both =
       run_args({"--unit", "usb:A1", "--unit", "usb:B2", "--device", "16F628A", "write", hex});
   EXPECT_EQ(both.status, cli::kExitOk) << both.err;
@@ -160,17 +152,15 @@ TEST(UsbUnitsEmulated, SeveralUnitsWriteInParallel) {
     for (const std::string& line : lines_of(alone.out)) expected.push_back(name + line);
   }
   EXPECT_EQ(lines_of(both.out), expected);
-  for (const sim::SimUnit* unit : {&a, &b}) {
-    ASSERT_EQ(unit->trace().size(), lone.unit->trace().size());
-    for (std::size_t i = 0; i < unit->trace().size(); ++i) {
-      ASSERT_EQ(unit->trace()[i].tx, lone.unit->trace()[i].tx) << "packet " << i + 1;
-    }
+  for (const sim::SimUnit* unit : {&units.a, &units.b}) {
+    expect_same_packets(*unit, *lone.unit);
     for (const HexWord& word : image) {
       ASSERT_EQ(unit->program_word(static_cast<int>(word.address)), word.value) << word.address;
     }
   }
-  EXPECT_LT(bus_a.first_packet(), bus_b.last_packet());
-  EXPECT_LT(bus_b.first_packet(), bus_a.last_packet());
+  const Seen a = units.bus_a.seen(), b = units.bus_b.seen();
+  EXPECT_LT(a.first_packet, b.last_packet);
+  EXPECT_LT(b.first_packet, a.last_packet);
 }
 
 // The command line reaches the unit its serial names, and the other one
@@ -187,10 +177,7 @@ TEST(UsbUnitsEmulated, CommandsReachTheUnitNamedBySerial) {
   EXPECT_EQ(b.status, cli::kExitOk) << b.err;
   EXPECT_EQ(b.out, alone.out);
   EXPECT_EQ(units.a.trace().size(), 0u);
-  ASSERT_EQ(units.b.trace().size(), lone.unit->trace().size());
-  for (std::size_t i = 0; i < units.b.trace().size(); ++i) {
-    EXPECT_EQ(units.b.trace()[i].tx, lone.unit->trace()[i].tx) << "packet " << i + 1;
-  }
+  expect_same_packets(units.b, *lone.unit);
 
   const Outcome one_missing =
       run_args({"--unit", "usb:A1", "--unit", "usb:ZZ", "--device", "16F84A", "erase"});
