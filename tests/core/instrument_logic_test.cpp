@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <numeric>
 
 #include "instrument_rig.h"
 
@@ -146,21 +145,19 @@ TEST(LogicView, DataSetAndSampleDisplay) {
   ASSERT_EQ(view.Text3.size(), 401u);
   EXPECT_EQ(view.Text3.substr(1, 64), pattern.substr(1, 64));
 
-  struct Row {
+  const struct {
     std::string text;
     std::int16_t length;
-    std::vector<int> written;  // indexes that read 'y'
-  };
-  const std::vector<Row> rows = {
-      {"", -6, {}},
-      {"yyyyyy", 0, {}},
-      {"xyzzzzz", 1, {1, 65, 129, 193, 257}},
-      // Longer than the store takes five times: cut at index 520.
-      {"x" + std::string(299, 'y'), 294, std::vector<int>(520)},
-  };
-  for (Row row : rows) {
+    int first, last, step;  // the indexes that read 'y'
+  } rows[] = {{"", -6, 0, -1, 1},
+              {"yyyyyy", 0, 0, -1, 1},
+              {"xyzzzzz", 1, 1, 257, 64},
+              // Longer than the store takes five times: cut at index 520.
+              {"x" + std::string(299, 'y'), 294, 1, 520, 1}};
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.text.size());
-    if (row.length == 294) std::iota(row.written.begin(), row.written.end(), 1);
+    std::vector<int> expected;
+    for (int i = row.first; i <= row.last; i += row.step) expected.push_back(i);
     view.Form_Load();
     view.Text1 = row.text;
     view.drawing.lines.clear();
@@ -170,7 +167,7 @@ TEST(LogicView, DataSetAndSampleDisplay) {
     for (int i = 0; i < kLaStoreSize; ++i) {
       if (view.LaSamples[static_cast<std::size_t>(i)] == 'y') written.push_back(i);
     }
-    EXPECT_EQ(written, row.written);
+    EXPECT_EQ(written, expected);
     EXPECT_FALSE(view.drawing.lines.empty()) << "redrawn";
   }
 }
