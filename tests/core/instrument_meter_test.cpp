@@ -232,10 +232,13 @@ TEST(Counters, LogWritesTheAutoReadingsOnly) {
   f.log.clock = [&now] { return now; };
   f.Command_LOG_Click();
   ASSERT_TRUE(f.log.active());
+  // On disk at once, line by line: a log cut off holds every reading so far.
+  EXPECT_EQ(testing::read_text(path), "time_s,input,raw,shown\n");
   f.Command_READ_Click();  // not logged
   f.Command_AUTO_Click();
   now = 100.5;
   f.Timer_AUTO_Timer();
+  EXPECT_EQ(testing::read_text(path), "time_s,input,raw,shown\n0.500,100mS,1250,12.500\n");
   f.Option_GATEL_Click();
   now = 102;
   f.Timer_AUTO_Timer();

@@ -64,6 +64,14 @@ TEST(SimLogicInput, CaptureStartsAtTheTriggerEdgeAndFollowsThePeriod) {
   }
 }
 
+// After the text, a 500 Hz PWM of 25 % duty: sampled every 0.5 ms from
+// its start, one sample in four is high.
+TEST(SimLogicInput, PwmAfterTheTextIsHighForAQuarterOfEachPeriod) {
+  InstrumentRig rig;
+  const LaCapture result = capture(rig.unit, 5, false);  // from the start bit, at tick 100
+  EXPECT_EQ(first_samples(capture_samples(result.bytes), 112).substr(100), "100010001000");
+}
+
 // The input frequency the unit text sets, counted during the gate: 0.1 s
 // for gate byte 0, 1 s for any other; past 16 bits the count keeps its low
 // 16 bits and the over-range flag is set.

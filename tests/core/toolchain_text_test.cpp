@@ -17,34 +17,23 @@ using testing::read_text;
 using testing::TempDir;
 using testing::write_text;
 
+// The endings a run accepts or refuses are pinned by the tool-run tests;
+// these are the names derived from the ones accepted.
 TEST(ToolNames, EndingsDecideTheDerivedNames) {
-  struct Case {
-    ToolKind kind;
-    std::string path;
-    bool accepted;
-    std::string error_file;
-    std::string hex_file;
-  };
+  constexpr ToolKind kAsm = ToolKind::kAssembler, kCc = ToolKind::kCompiler;
   const std::string cwd = "/home/user/work";
-  const Case cases[] = {
-      {ToolKind::kAssembler, "/src/test.ASM", true, "/src/test.ERR", "/src/test.HEX"},
-      {ToolKind::kAssembler, "/w/blink.asm", true, "/w/blink.ERR", "/w/blink.HEX"},
-      {ToolKind::kAssembler, "/src/Test.Asm", false, "", ""},
-      {ToolKind::kAssembler, "/src/x.asM", false, "", ""},
-      {ToolKind::kAssembler, "/src/main.c", false, "", ""},
-      {ToolKind::kAssembler, "asm", true, "ERR", "HEX"},
-      {ToolKind::kAssembler, "sm", false, "", ""},
-      {ToolKind::kAssembler, "", false, "", ""},
-      {ToolKind::kCompiler, "/src/main.C", true, cwd + "/cerr.txt", "/src/main.HEX"},
-      {ToolKind::kCompiler, "/other/dir/main.c", true, cwd + "/cerr.txt", "/other/dir/main.HEX"},
-      {ToolKind::kCompiler, "c", true, cwd + "/cerr.txt", "HEX"},
-      {ToolKind::kCompiler, "/src/blink.asm", false, "", ""},
-      {ToolKind::kCompiler, "", false, "", ""},
-  };
-  for (const Case& c : cases) {
+  const struct {
+    ToolKind kind;
+    std::string path, error_file, hex_file;  // "": refused
+  } cases[] = {{kAsm, "/w/blink.asm", "/w/blink.ERR", "/w/blink.HEX"},
+               {kAsm, "/src/x.asM", "", ""},
+               {kAsm, "asm", "ERR", "HEX"},
+               {kCc, "/other/dir/main.c", cwd + "/cerr.txt", "/other/dir/main.HEX"},
+               {kCc, "c", cwd + "/cerr.txt", "HEX"}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.path);
     const auto names = tool_names(c.kind, c.path, cwd);
-    ASSERT_EQ(names.has_value(), c.accepted);
+    ASSERT_EQ(names.has_value(), !c.hex_file.empty());
     if (!names) continue;
     EXPECT_EQ(names->error_file, c.error_file);
     EXPECT_EQ(names->hex_file, c.hex_file);

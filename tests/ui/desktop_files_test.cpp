@@ -61,14 +61,10 @@ TEST(DesktopFiles, ADroppedFileOpensAsFileOpenWould) {
   EXPECT_EQ(rig.state->TargetFileName, source);
 
   // While an operation holds the unit, a drop is refused like the button.
-  bool refused_during = false;
-  const auto render = rig.host.before_events;
-  rig.host.before_events = [&] {
-    render();
-    if (!refused_during) refused_during = !drop(rig.main(), {file});
-  };
-  rig.click("READ");
-  EXPECT_TRUE(refused_during);
+  bool taken = true;
+  EXPECT_TRUE(
+      rig.at_first_pause([&] { rig.click("READ"); }, [&] { taken = drop(rig.main(), {file}); }));
+  EXPECT_FALSE(taken);
   EXPECT_EQ(rig.state->TargetFileName, source);
 }
 

@@ -101,21 +101,13 @@ TEST(InstrumentWindows, ChipCommandsAndInstrumentsNeverRunTogether) {
   EXPECT_TRUE(trig->isEnabled());
   // A chip command holds the unit while it lets events run: TRIG is shown
   // disabled, and a click in that pause sends nothing.
-  bool paused = false;
-  const auto render = rig.host.before_events;
-  rig.host.before_events = [&] {
-    if (render) render();
-    if (paused) return;
-    paused = true;
-    EXPECT_TRUE(rig.unit.busy());
-    EXPECT_FALSE(trig->isEnabled());
-    const int before = packets_with_code(rig.sim, UNIT_LA_START);
-    trig->click();
-    EXPECT_EQ(packets_with_code(rig.sim, UNIT_LA_START), before);
-  };
-  rig.form->READ_Click();
-  rig.host.before_events = render;
-  EXPECT_TRUE(paused);
+  EXPECT_TRUE(rig.at_first_pause([&] { rig.form->READ_Click(); },
+                                 [&] {
+                                   EXPECT_TRUE(rig.unit.busy());
+                                   EXPECT_FALSE(trig->isEnabled());
+                                   trig->click();
+                                   EXPECT_EQ(packets_with_code(rig.sim, UNIT_LA_START), 0);
+                                 }));
   EXPECT_FALSE(rig.unit.busy());
   rig.settle();
   EXPECT_TRUE(trig->isEnabled());

@@ -188,17 +188,11 @@ TEST(MainWindow, RefusedCommandsSayWhyOnTheStatusLine) {
           progress->isVisible() && !progress->geometry().intersects(status->geometry());
     };
     if (std::string(row.during) == "READ") {
-      bool clicked = false;
-      const auto render = rig.host.before_events;
-      rig.host.before_events = [&] {
-        render();
-        if (clicked) return;
-        clicked = true;
-        rig.click(row.item);
-        look();
-      };
-      rig.form->READ_Click();
-      rig.host.before_events = render;
+      rig.at_first_pause([&] { rig.form->READ_Click(); },
+                         [&] {
+                           rig.click(row.item);
+                           look();
+                         });
       rig.settle();
       EXPECT_EQ(rig.count("VM") + rig.count("Form_FCNT") + rig.count("Form_CNT") + rig.count("LA"),
                 0);

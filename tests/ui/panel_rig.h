@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 #include <deque>
+#include <utility>
 
 #include "core/temp_dir.h"
 #include "image/hex_loader.h"
@@ -67,6 +68,20 @@ class PanelRig {
       ADD_FAILURE() << "no control named " << name;
     }
     settle();
+  }
+  // Runs `operation` and, at the first pause in which it lets events run,
+  // `action`, as a click in that pause would; says whether there was one.
+  template <typename Operation, typename Action>
+  bool at_first_pause(Operation operation, Action action) {
+    bool paused = false;
+    const auto render = host.before_events;
+    host.before_events = [&] {
+      if (render) render();
+      if (!std::exchange(paused, true)) action();
+    };
+    operation();
+    host.before_events = render;
+    return paused;
   }
   // Lets queued renders and deferred deletions of closed windows run.
   static void settle() {

@@ -8,8 +8,8 @@
 #include <QMouseEvent>
 #include <QPlainTextEdit>
 #include <QProgressBar>
-#include <QTableView>
 #include <QPushButton>
+#include <QTableView>
 #include <QTextBlock>
 #include <QThread>
 #include <filesystem>

@@ -150,6 +150,17 @@ struct EmulatedUnit::Impl {
                                                   : USBDEVFS_URB_TYPE_BULK),
         serial(std::move(s)) {}
 
+  // Takes the transfer the client submitted: its fields and data buffer.
+  static Urb take(UMockdevIoctlClient* client, UMockdevIoctlData* data) {
+    const auto length =
+        static_cast<gsize>(reinterpret_cast<usbdevfs_urb*>(data->data)->buffer_length);
+    Urb urb{data,
+            umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer), length, nullptr),
+            static_cast<UMockdevIoctlClient*>(g_object_ref(client))};
+    umockdev_ioctl_client_complete(client, 0, 0);
+    return urb;
+  }
+
   void finish(Urb urb, int status, int length) {
     urb.fields()->status = status;
     urb.fields()->actual_length = length;
@@ -211,11 +222,7 @@ struct EmulatedUnit::Impl {
       umockdev_ioctl_client_complete(client, -1, ENODEV);
       return;
     }
-    Urb urb{data,
-            umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer),
-                                        static_cast<gsize>(fields->buffer_length), nullptr),
-            static_cast<UMockdevIoctlClient*>(g_object_ref(client))};
-    umockdev_ioctl_client_complete(client, 0, 0);
+    const Urb urb = take(client, data);
     if (fields->endpoint == kOut) {
       if (!out_halted && exchanges + 1 == faults.out_stall_at) {
         out_halted = true;
@@ -243,12 +250,7 @@ struct EmulatedUnit::Impl {
   // Control requests on endpoint 0: the string descriptors; anything else
   // stalls, as a unit without the request does.
   void control(UMockdevIoctlClient* client, UMockdevIoctlData* data) {
-    auto* fields = reinterpret_cast<usbdevfs_urb*>(data->data);
-    Urb urb{data,
-            umockdev_ioctl_data_resolve(data, offsetof(usbdevfs_urb, buffer),
-                                        static_cast<gsize>(fields->buffer_length), nullptr),
-            static_cast<UMockdevIoctlClient*>(g_object_ref(client))};
-    umockdev_ioctl_client_complete(client, 0, 0);
+    const Urb urb = take(client, data);
     std::uint8_t* setup = urb.buffer->data;
     const int index = setup[2];
     const int asked = setup[6] | setup[7] << 8;
@@ -258,8 +260,8 @@ struct EmulatedUnit::Impl {
       return;
     }
     const std::vector<std::uint8_t> reply = string_descriptor(index, serial);
-    const int length = std::min(
-        {asked, static_cast<int>(reply.size()), static_cast<int>(fields->buffer_length) - 8});
+    const int length =
+        std::min({asked, static_cast<int>(reply.size()), urb.fields()->buffer_length - 8});
     std::memcpy(setup + 8, reply.data(), static_cast<std::size_t>(length));
     finish(urb, 0, length);
   }
@@ -315,13 +317,11 @@ struct EmulatedUnit::Impl {
         break;
       }
       case USBDEVFS_CLAIMINTERFACE:
-      case USBDEVFS_DISCONNECT_CLAIM:
-        if (faults.held) {
-          umockdev_ioctl_client_complete(client, -1, EBUSY);
-        } else {
-          umockdev_ioctl_client_complete(client, gone ? -1 : 0, gone ? ENODEV : 0);
-        }
+      case USBDEVFS_DISCONNECT_CLAIM: {
+        const int refused = faults.held ? EBUSY : gone ? ENODEV : 0;
+        umockdev_ioctl_client_complete(client, refused ? -1 : 0, refused);
         break;
+      }
       case USBDEVFS_GETDRIVER:
         umockdev_ioctl_client_complete(client, -1, ENODATA);
         break;
