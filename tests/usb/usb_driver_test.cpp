@@ -85,7 +85,7 @@ TEST(UsbDriverEmulated, ReadStaysInStepWithTheUnit) {
     EndpointKind kind;
     Faults fault;
     std::size_t read_error_boxes;  // the link reports the exchange that timed out
-    int drained;           // stale replies the driver threw away
+    int drained;                   // stale replies the driver threw away
     int halts_cleared;
   };
   constexpr EndpointKind kInterrupt = EndpointKind::kInterrupt, kBulk = EndpointKind::kBulk;
