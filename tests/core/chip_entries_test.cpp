@@ -1,18 +1,21 @@
-// Each chip the simulated unit can hold, under the device entry it belongs
-// to: the command line picks that entry by the chip's name and reads the
-// entry's EEPROM size, and the panel's safe write accepts the chip there,
-// refuses it elsewhere, and keeps the calibration word where it has one.
+// The device catalogue's facts, and each chip the simulated unit can hold
+// under the device entry it belongs to: the command line finds that entry by the chip's ID and
+// reads the chip's own EEPROM, and the safe write accepts the chip there, refuses it elsewhere,
+// keeps the calibration word where it has one and writes an image up to the chip's last word but
+// not past it.
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "cli_rig.h"
-#include "image/hex_loader.h"
+#include "image/hex_check.h"
 #include "image/hex_writer.h"
+#include "ops_rig.h"
 #include "panel_rig.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
+#include "programming/device_id.h"
 #include "programming/safe_programming.h"
 #include "temp_dir.h"
 
@@ -36,124 +39,192 @@ const ChipCase kChips[] = {
     {"12F629", 6, 128, true},   {"12F675", 6, 128, true},   {"16F630", 6, 128, true},
     {"16F676", 6, 128, true},   {"16F818", 7, 128, false},  {"16F819", 7, 256, false},
 };
+constexpr int kCalibration = 0x3480;  // RETLW 0x80
 
 int ee_value(int address) {
   return (address * 11 + 0x40) & 0xFF;
 }
 
-// The bytes of the command line's EEPROM table, in address order.
-std::vector<int> table_bytes(const std::string& text) {
-  std::vector<int> bytes;
-  std::istringstream lines(text);
-  std::string line;
-  while (std::getline(lines, line)) {
-    const auto colon = line.find(':');
-    if (colon == std::string::npos) continue;
-    std::istringstream cells(line.substr(colon + 1));
-    std::string cell;
-    while (cells >> cell) bytes.push_back(std::stoi(cell, nullptr, 16));
-  }
-  return bytes;
-}
-
-TEST(ChipEntries, ReadEepromByChipNameBringsBackTheChipsOwnBytes) {
+// --device auto takes the entry that programs the chip that answered, with
+// one ID read for both the choice and the answer. A read into a file takes
+// the chip's own memories, not its entry's larger ones, which would read
+// the first words and bytes again.
+TEST(ChipEntries, CommandLineFindsEachChipsEntryAndReadsItsOwnMemories) {
+  TempDir dir;
   for (const ChipCase& c : kChips) {
     SCOPED_TRACE(c.chip);
     cli::testing::SimRun run(c.chip);
-    const int chip_bytes = run.unit->chip().eeprom_bytes;
-    for (int a = 0; a < chip_bytes; ++a) run.unit->set_eeprom_byte(a, ee_value(a));
-    const cli::testing::Outcome outcome = run({"--device", c.chip, "read-eeprom"});
-    ASSERT_EQ(outcome.status, cli::kExitOk) << outcome.err;
-    const std::vector<int> bytes = table_bytes(outcome.out);
-    // The chip's own size: a larger entry's would read the first bytes again.
-    ASSERT_EQ(static_cast<int>(bytes.size()), c.eeprom_bytes);
-    for (int a = 0; a < chip_bytes; ++a) {
-      EXPECT_EQ(bytes[static_cast<std::size_t>(a)], ee_value(a)) << a;
+    if (c.entry != 2) {
+      const cli::testing::Outcome id = run({"--json", "--device", "auto", "id"});
+      const auto json = nlohmann::json::parse(id.out);
+      EXPECT_EQ(json["chip"], c.chip);
+      EXPECT_EQ(json["device"], device_record(c.entry).caption);
+      EXPECT_EQ(run.unit->trace().size(), 16u);
     }
+    const int words = run.unit->chip().program_words;
+    for (int w = 0; w < words; ++w) run.unit->set_program_word(w, (w * 7 + 1) & 0x3FFF);
+    for (int a = 0; a < c.eeprom_bytes; ++a) run.unit->set_eeprom_byte(a, ee_value(a));
+    ASSERT_EQ(run({"--device", c.chip, "read", "-o", dir.file("chip.hex")}).status, 0);
+    const HexCheck file = check_hex_text(read_text(dir.file("chip.hex")), {0x2000, 256, ""});
+    EXPECT_EQ(static_cast<int>(file.program.size()), words);
+    EXPECT_EQ(file.program.rbegin()->second, ((words - 1) * 7 + 1) & 0x3FFF);
+    std::map<int, std::uint8_t> eeprom;
+    for (int a = 0; a < c.eeprom_bytes; ++a) {
+      if (ee_value(a) != 0xFF)
+        eeprom[a] = static_cast<std::uint8_t>(ee_value(a));  // blank: left out
+    }
+    EXPECT_EQ(file.eeprom, eeprom);
   }
+  // The EEPROM table's layout, and the same bytes as an INHX8M file at word
+  // 0x2100 on.
+  cli::testing::SimRun run("16F84A");
+  for (int a = 0; a < 64; ++a) run.unit->set_eeprom_byte(a, ee_value(a));
+  const std::string table = run({"--device", "16F84A", "read-eeprom"}).out;
+  EXPECT_NE(table.find("\n30: 50 5B 66 71 7C 87 92 9D A8 B3 BE C9 D4 DF EA F5\nEE Read"),
+            std::string::npos)
+      << table;
+  EXPECT_EQ(run({"--device", "16F84A", "read-eeprom", "-o", dir.file("ee.hex")}).status, 0);
+  std::vector<HexWord> bytes;
+  for (std::uint16_t a = 0; a < 64; ++a) bytes.push_back({0x2100u + a, std::uint16_t(ee_value(a))});
+  EXPECT_EQ(read_text(dir.file("ee.hex")), format_inhx8m(bytes));
 }
 
-std::string sixteen_words(TempDir& dir) {
-  std::vector<HexWord> words;
-  for (std::uint16_t w = 0; w < 16; ++w) {
-    words.push_back({w, static_cast<std::uint16_t>(0x2000 + 3 * w)});
-  }
-  const std::string path = dir.file("image.hex");
-  EXPECT_TRUE(write_inhx8m_file(path, words));
-  return path;
-}
-
+// Under its own entry the chip gets the image and keeps its calibration;
+// under any other the write is refused before the chip is touched, with a
+// box that names the entry to select.
 TEST(ChipEntries, SafeWriteAcceptsTheChipOnlyUnderItsEntry) {
-  constexpr int kCalibration = 0x3480;  // RETLW 0x80
+  TempDir dir;
+  std::vector<HexWord> image;
+  for (std::uint16_t w = 0; w < 16; ++w) image.push_back({w, std::uint16_t(0x2000 + 3 * w)});
+  ASSERT_TRUE(write_inhx8m_file(dir.file("image.hex"), image));
+  std::vector<std::pair<const char*, int>> runs = {{"none", 1}};
   for (const ChipCase& c : kChips) {
-    for (const int entry : {c.entry, (c.entry + 1) % kDeviceCount}) {
-      SCOPED_TRACE(std::string(c.chip) + " under " + device_record(entry).caption);
-      TempDir dir;
-      PanelRig rig(c.chip, entry, false);
-      rig.unit.set_program_word(0x3FF, kCalibration);
-      rig.host.open_answers = {sixteen_words(dir)};
-      ASSERT_TRUE(rig.form.F_OpenButton_Click());
-      rig.host.boxes.clear();
-      const CommandResult result = rig.form.WriteButton_Click();
-      if (entry != c.entry) {
-        EXPECT_TRUE(result.refused);
-        ASSERT_EQ(rig.box_texts().size(), 1u);
-        // The 16F84 has no ID word, so elsewhere it reads as no chip at all.
-        const std::string says =
-            c.entry == 2 ? std::string("No chip answered")
-                         : std::string("Select ") + device_record(c.entry).caption + ".";
-        EXPECT_NE(rig.box_texts()[0].find(says), std::string::npos) << rig.box_texts()[0];
-        EXPECT_EQ(rig.unit.program_word(0x3FF), kCalibration);
-        continue;
-      }
+    runs.push_back({c.chip, c.entry});
+    runs.push_back({c.chip, (c.entry + 1) % kDeviceCount});
+  }
+  for (const auto& [chip, entry] : runs) {
+    SCOPED_TRACE(std::string(chip) + " under " + device_record(entry).caption);
+    const auto own = chip_by_name(chip);
+    PanelRig rig(chip, entry, false);
+    rig.unit.set_program_word(0x3FF, kCalibration);
+    rig.host.open_answers = {dir.file("image.hex")};
+    ASSERT_TRUE(rig.form.F_OpenButton_Click());
+    rig.host.boxes.clear();
+    rig.unit.clear_trace();
+    const CommandResult result = rig.form.WriteButton_Click();
+    if (own && own->entry == entry) {
       EXPECT_TRUE(result.ok()) << (rig.box_texts().empty() ? "" : rig.box_texts()[0]);
       for (int w = 0; w < 16; ++w) EXPECT_EQ(rig.unit.program_word(w), 0x2000 + 3 * w) << w;
-      EXPECT_EQ(rig.unit.program_word(0x3FF), c.calibrated ? kCalibration : 0x3FFF);
+      EXPECT_EQ(rig.unit.program_word(0x3FF), own->calibrated() ? kCalibration : 0x3FFF);
+      continue;
+    }
+    // The 16F84 has no ID word, so elsewhere it reads as no chip at all.
+    const std::string says =
+        !own || !own->id
+            ? "No chip answered (ID 3FFF): check the chip in the socket and the target supply"
+            : "A " + std::string(chip) + " is in the socket; the selected device is " +
+                  device_record(entry).caption + ". Select " + device_record(*own->entry).caption +
+                  ".";
+    EXPECT_TRUE(result.refused);
+    EXPECT_EQ(rig.box_texts(), std::vector<std::string>{says});
+    EXPECT_EQ(rig.form.view().NotesLabel, "Write refused");
+    // Nothing but the chip check's ID read reached the unit.
+    EXPECT_EQ(rig.sent(), seq(kSupplyOn, config_space_read(6), kSupplyOff));
+    if (own) {
+      EXPECT_EQ(rig.unit.program_word(0x3FF), kCalibration);
     }
   }
 }
 
-// An image running past the chip's memory is written only as far as the
-// chip reaches, so the words past its end cannot wrap onto word 0.
-TEST(ChipEntries, SafeWriteStopsTheImageAtTheChipsEnd) {
-  for (const ChipCase& c : kChips) {
-    SCOPED_TRACE(c.chip);
-    PanelRig rig(c.chip, c.entry, false);
-    const int chip_words = rig.unit.chip().program_words;
-    // An image that fills the chip is written to its last word; one word
-    // more would land on word 0, so such an image is refused.
-    for (const int words : {chip_words, chip_words + 1}) {
-      if (words > 0x2000) continue;  // 0x2000 on is configuration space, not program memory
-      blank_program_image(rig.state);
-      for (int w = 0; w < words; ++w) rig.state.set_word(w, 0x2000 + (w & 0xFF));
-      Preflight preflight;
-      rig.run([&](ChipOperations& ops) {
-        preflight = preflight_write(ops, {c.entry, std::nullopt});
-      });
-      EXPECT_EQ(preflight.refused, words > chip_words) << words;
-      if (!preflight.refused) {
-        EXPECT_EQ(preflight.last_address, chip_words);
-      }
+// Boot loaders live at the top of memory: an image that uses a chip's last
+// word, and only that far, (with words 0 and 7 and a configuration word, which the row devices
+// would meet again if the walk wrapped) is written whole on every chip; one
+// word more would land on word 0, so such an image is refused untouched.
+TEST(ChipEntries, ImagesUpToTheChipsLastWordAreWrittenWholeAndNoFurther) {
+  for (const ChipDescription& chip : devices().chips) {
+    SCOPED_TRACE(chip.name);
+    const int last = chip.program_words - 1;
+    const std::map<int, int> image = {{0, 0x1234}, {7, 0x2345}, {last - 1, 0x0ABC}, {last, 0x3456}};
+    OpsRig rig(chip.name, *chip.entry);
+    if (chip.calibrated()) rig.unit.set_program_word(0x3FF, kCalibration);
+    rig.image(image, 0x3F72);
+    rig.state.set_word(0x2000, 0x0001);  // a user ID, which is no program word
+    rig.state.set_word(0x2007, 0x3F72);  // where the loader puts __CONFIG
+    rig.ops.checked = true;
+    Preflight preflight;
+    EXPECT_TRUE(run_checked_write(rig.ops, {*chip.entry, chip}, std::nullopt, preflight).ok());
+    EXPECT_EQ(preflight.last_address, chip.program_words);
+    // Blank words are stepped over: the loads are the image's four words,
+    // the configuration word, the erase's blank and what a calibrated chip
+    // gets back.
+    const Packets all = sent(rig.unit);
+    EXPECT_LE(std::count_if(all.begin(), all.end(), [](const Packet& p) { return p[0] == 0x02; }),
+              8);
+    for (int w = 0; w < chip.program_words; ++w) {
+      const auto it = image.find(w);
+      ASSERT_EQ(rig.unit.program_word(w), it != image.end() ? it->second : 0x3FFF) << w;
     }
+    if (chip.program_words == 0x2000) continue;  // 0x2000 on is configuration space
+    OpsRig past(chip.name, *chip.entry);
+    past.unit.set_program_word(0, 0x1234);
+    past.image({{0, 0x2805}, {chip.program_words, 0x2000}});
+    EXPECT_TRUE(run_checked_write(past.ops, {*chip.entry, chip}, std::nullopt, preflight).refused);
+    char says[80];
+    std::snprintf(says, sizeof says,
+                  "The image has program words up to %04X; the %s has %d (0000-%04X)",
+                  chip.program_words, chip.name.c_str(), chip.program_words, last);
+    EXPECT_EQ(preflight.refusal, says);
+    EXPECT_EQ(past.unit.program_word(0), 0x1234);
   }
 }
 
-// The oscillator choice reaches the chip's FOSC bits the same way on every
-// device: LP 0, XT 1, HS 2, whatever the device's other bits.
-TEST(ChipEntries, OscillatorChoiceSetsTheSameFoscOnEveryDevice) {
-  const std::pair<int, std::uint16_t> choices[] = {{1, 0x1}, {2, 0x2}, {3, 0x0}};
-  for (const DeviceRecord& record : DeviceCatalogue()) {
-    for (const auto& [index, fosc] : choices) {
-      SCOPED_TRACE(std::string(record.caption) + " choice " + std::to_string(index));
-      const std::uint16_t word =
-          apply_oscillator(record.default_config_word, record.patterns, index);
-      const std::uint16_t osc_bits = word & ~record.patterns.OscMask & kConfigBits;
+// The oscillator choice reaches the FOSC bits the same way on every device:
+// LP 0, XT 1, HS 2, the other bits as they were. (That each option sets
+// only its own bits shows in the option controls reading back every word
+// they make.)
+TEST(DeviceCatalogue, OscillatorChoiceSetsTheSameFoscOnEveryDevice) {
+  for (const DeviceRecord& r : DeviceCatalogue()) {
+    EXPECT_EQ(config_word_from_text(r.default_config_text), r.default_config_word) << r.caption;
+    EXPECT_LE(r.last_address + 1, r.program_size) << r.caption;
+    for (const auto& [index, fosc] : {std::pair{1, 0x1}, {2, 0x2}, {3, 0x0}}) {
+      const std::uint16_t word = apply_oscillator(r.default_config_word, r.patterns, index);
+      const std::uint16_t osc_bits = word & ~r.patterns.OscMask & kConfigBits;
       // Bit 4 is the third FOSC bit where the device has one.
-      EXPECT_EQ((osc_bits & 0x7) | ((osc_bits >> 2) & 0x4), fosc);
-      EXPECT_EQ(word & record.patterns.OscMask,
-                record.default_config_word & record.patterns.OscMask);
+      EXPECT_EQ((osc_bits & 0x7) | ((osc_bits >> 2) & 0x4), fosc) << r.caption << index;
+      EXPECT_EQ(word & r.patterns.OscMask, r.default_config_word & r.patterns.OscMask);
     }
   }
+}
+
+// An entry's facts on one line: what the operations take from it.
+std::string facts(const DeviceRecord& r) {
+  const ConfigOptionPatterns& p = r.patterns;
+  char text[300];
+  std::snprintf(text, sizeof text,
+                "%s %s erase %s write %s size %X start %X last %X '%s' ee %X config '%s' %04X | "
+                "osc %04X %X %X %X %X | wdt %04X %X %X | put %04X %X %X | protect %04X %X %X | "
+                "bor %04X %X %X",
+                r.caption, r.family, r.erase_code, r.write_code, r.program_size, r.start_address,
+                r.last_address, r.last_address_text, r.eeprom_last_address, r.default_config_text,
+                r.default_config_word, p.OscMask, p.OscRC, p.OscHS, p.OscXT, p.OscLP, p.WdtMask,
+                p.WdtOn, p.WdtOff, p.PutMask, p.PutOn, p.PutOff, p.ProtectMask, p.ProtectOn,
+                p.ProtectOff, p.BorMask, p.BorOn, p.BorOff);
+  return text;
+}
+
+// The 16F818/819 entry, field by field.
+TEST(DeviceCatalogue, The16F818EntryHoldsItsFacts) {
+  EXPECT_EQ(facts(device_record(7)),
+            "16F818/819 16F819 erase 3 write 1 size 1000 start 0 last 7FF '7FF' ee 7F config "
+            "'3F37' 3F37 | osc 3FEC 13 2 1 0 | wdt 3FFB 4 0 | put 3FF7 0 8 | protect 1FFF 0 2000 "
+            "| bor 3FBF 40 0");
+}
+
+TEST(DeviceId, NamesIgnoreTheRevision) {
+  const std::pair<std::uint16_t, const char*> cases[] = {
+      {0x09A3, "16F877"}, {0x0E27, "16F877A"}, {0x0E0F, "16F876A"}, {0x1100, "16F648A"},
+      {0x0E35, "16F84"},  {0x89A3, "16F84"},   {0x3FFF, "16F84"}};
+  for (auto [id, name] : cases) EXPECT_EQ(device_id_name(id), name) << std::hex << id;
 }
 
 }  // namespace

@@ -1,9 +1,6 @@
 #pragma once
-// Running the zenta program in-process on simulated units the test made,
-// and reading its JSON output back.
-#include <map>
-#include <nlohmann/json.hpp>
-#include <optional>
+// Running the zenta program in-process, on simulated units the test made or
+// on the program's own.
 #include <sstream>
 #include <string>
 #include <vector>
@@ -19,21 +16,33 @@ struct Outcome {
   std::string out, err;
 };
 
-inline Outcome run_on(DriverChoice& choice, const std::vector<std::string>& args) {
+// On `choice`, or (nullptr) on the program's own units, as main runs it.
+inline Outcome run_parsed(const std::vector<std::string>& args, DriverChoice* choice) {
   const ParseResult parsed = parse_arguments(args);
   if (!parsed.ok()) return {kExitUsage, "", parsed.error};
   std::ostringstream out, err;
-  const int status = run_with_driver(parsed.options, choice, out, err, false);
+  const int status = choice ? run_with_driver(parsed.options, *choice, out, err, false)
+                            : run(parsed.options, out, err, false);
   return {status, out.str(), err.str()};
 }
-
-// The whole program on its own units, as main runs it.
+inline Outcome run_on(DriverChoice& choice, const std::vector<std::string>& args) {
+  return run_parsed(args, &choice);
+}
 inline Outcome run_args(const std::vector<std::string>& args) {
-  const ParseResult parsed = parse_arguments(args);
-  if (!parsed.ok()) return {kExitUsage, "", parsed.error};
-  std::ostringstream out, err;
-  const int status = run(parsed.options, out, err, false);
-  return {status, out.str(), err.str()};
+  return run_parsed(args, nullptr);
+}
+
+// A command line split at its blanks; "@/" in a word stands for `folder`/.
+inline std::vector<std::string> words(const std::string& line, const std::string& folder = "") {
+  std::vector<std::string> args;
+  std::istringstream in(line);
+  for (std::string word; in >> word;) {
+    for (auto at = word.find("@/"); at != std::string::npos; at = word.find("@/", at)) {
+      word.replace(at, 1, folder);
+    }
+    args.push_back(word);
+  }
+  return args;
 }
 
 // A simulated unit with `chip` in its socket, handed to the program.
@@ -43,6 +52,21 @@ struct SimRun {
     choice.simulated = true;
   }
   Outcome operator()(const std::vector<std::string>& args) { return run_on(choice, args); }
+  // Commands separated by ";" one after the other on the same unit, each
+  // with `device` (when given) where it names none: the last one's status,
+  // everything they printed.
+  Outcome line(const std::string& commands, const std::string& folder, const std::string& device) {
+    Outcome all{kExitOk, "", ""};
+    std::istringstream in(commands);
+    for (std::string command; std::getline(in, command, ';');) {
+      if (!device.empty() && command.find("--device") == std::string::npos) {
+        command += " --device " + device;
+      }
+      const Outcome one = run_on(choice, words(command, folder));
+      all = {one.status, all.out + one.out, all.err + one.err};
+    }
+    return all;
+  }
   sim::SimUnit* unit;
   DriverChoice choice;
 };
@@ -69,19 +93,5 @@ class InterruptAt : public UnitDriver {
   std::size_t at_;
   bool refuse_supply_off_;
 };
-
-// A JSON object of the program's --json output: members by name, each as
-// its JSON text (strings without their quotes, nested objects as written).
-// nullopt when the text is not one well-formed object.
-inline std::optional<std::map<std::string, std::string>> parse_json_object(
-    const std::string& text) {
-  const auto object = nlohmann::ordered_json::parse(text, nullptr, false);
-  if (!object.is_object()) return std::nullopt;
-  std::map<std::string, std::string> members;
-  for (const auto& [name, value] : object.items()) {
-    members[name] = value.is_string() ? value.get<std::string>() : value.dump();
-  }
-  return members;
-}
 
 }  // namespace zenta::cli::testing
