@@ -159,9 +159,7 @@ ConfigResult ChipOperations::WRITE_CONFIG() {
   }
   report_.notes("Now Reading", kRed);
   enter_programming_mode(link_);
-  link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
-  // From 0x2000 seven steps reach the configuration word at 0x2007.
-  for (int i = kConfigSpaceBase; i < kConfigWordAddress; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
+  step_into_config_space(kConfigWordAddress);
   link_.SENDCMD(ICSP_LOAD_DATA, static_cast<std::uint8_t>(high), static_cast<std::uint8_t>(low));
   const std::string& mode = state_.WriteMode;
   if (!may_program()) {
@@ -189,23 +187,30 @@ ConfigResult ChipOperations::WRITE_CONFIG() {
 
 DeviceIdResult ChipOperations::READ_DEVID() {
   report_.notes("Now Reading", kRed);
-  enter_programming_mode(link_);
-  link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
-  // From 0x2000 six steps reach the ID word at 0x2006.
-  for (int i = kConfigSpaceBase; i < kDeviceIdAddress; ++i) link_.SENDCMD(ICSP_INC_ADDR, 0);
-  link_.SENDCMD(UNIT_WAIT, 10);
-  link_.SENDCMD(ICSP_READ_DATA, 1);
-  // Taken from the reply buffer unchecked: after a failed exchange these are
-  // whatever the failed read left there.
-  const int high = link_.RxBuffer[0];
-  const int low = link_.RxBuffer[1];
-  leave(LeaveMode::kAfterWrite);
-
-  state_.DeviceId = high * 256 + low;
+  // Taken unchecked: after a failed exchange this is whatever the failed
+  // read left in the reply buffer.
+  const int word = read_config_space(kDeviceIdAddress);
+  state_.DeviceId = word;
   DEVID_NAME();
-  report_.notes("Device=" + state_.DeviceIdName + " (" + hex_text(high) + hex_text(low) + ")",
+  report_.notes("Device=" + state_.DeviceIdName + " (" + hex_text(word >> 8) +
+                    hex_text(word & 0xFF) + ")",
                 kWhite);
   return {state_.DeviceId, state_.DeviceIdName};
+}
+
+void ChipOperations::step_into_config_space(int address) {
+  link_.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
+  for (int a = kConfigSpaceBase; a < address; ++a) link_.SENDCMD(ICSP_INC_ADDR, 0);
+}
+
+int ChipOperations::read_config_space(int address) {
+  enter_programming_mode(link_);
+  step_into_config_space(address);
+  link_.SENDCMD(UNIT_WAIT, 10);
+  link_.SENDCMD(ICSP_READ_DATA, 1);
+  const int word = link_.RxBuffer[0] * 256 + link_.RxBuffer[1];
+  leave(LeaveMode::kAfterWrite);
+  return word;
 }
 
 void ChipOperations::DEVID_NAME() {

@@ -70,6 +70,12 @@ class ChipOperations {
   // The device ID word at 0x2006, named into DeviceId and DeviceIdName.
   DeviceIdResult READ_DEVID();
   void DEVID_NAME();
+  // One word of configuration space (0x2000 on): programming mode, the
+  // walk from 0x2000, the unit's pause and one read. Every read of the ID
+  // and configuration words goes this way.
+  int read_config_space(int address);
+  // Programming mode's counter to `address` in configuration space.
+  void step_into_config_space(int address);
   // Program words into ProgramBuffer up to the end address.
   ReadResult READ_PROG(std::int16_t end_address);
   // EEPROM bytes into EepromBuffer through EepromLastAddress.

@@ -166,29 +166,11 @@ CommandResult run_read_eeprom(ChipOperations& ops) {
   return result;
 }
 
-namespace {
-
-// The identification's walk through configuration space to `steps` past
-// 0x2000, a pause and one word read; programming mode around it.
-int read_config_space_word(ChipOperations& ops, int steps) {
-  UnitLink& link = ops.unit().link();
-  enter_programming_mode(link);
-  link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
-  for (int i = 0; i < steps; ++i) link.SENDCMD(ICSP_INC_ADDR, 0);
-  link.SENDCMD(UNIT_WAIT, 10);
-  link.SENDCMD(ICSP_READ_DATA, 1);
-  const int word = link.RxBuffer[0] * 256 + link.RxBuffer[1];
-  ops.leave(LeaveMode::kAfterWrite);
-  return word;
-}
-
-}  // namespace
-
 CommandResult run_read_config(ChipOperations& ops) {
   FailureCount failures(ops);
   CommandResult result;
   ops.set_supply(true);
-  result.config_read = read_config_space_word(ops, kConfigWordAddress - kConfigSpaceBase);
+  result.config_read = ops.read_config_space(kConfigWordAddress);
   ops.set_supply(false);
   result.target_powered = ops.target_may_be_powered();
   result.failed_exchanges = failures.failed();
@@ -228,7 +210,7 @@ CommandResult run_verify_all(ChipOperations& ops, int last_word, std::optional<i
   ops.leave(LeaveMode::kAfterWrite);
   report.progress(0, 0);
   if (!result.mismatch && !result.stopped && config_word) {
-    const int chip = read_config_space_word(ops, kConfigWordAddress - kConfigSpaceBase);
+    const int chip = ops.read_config_space(kConfigWordAddress);
     if ((chip & config_mask) != (*config_word & config_mask)) {
       result.mismatch = VerifyMismatch{kConfigWordAddress, *config_word, chip};
     }

@@ -13,7 +13,6 @@ namespace zenta {
 
 namespace {
 
-constexpr int kConfigAddress = kConfigWordAddress;
 constexpr int kEepromFirstWord = kEepromHexBase;
 constexpr int kEepromLastWord = kEepromHexBase + 0xFF;
 
@@ -43,17 +42,6 @@ int read_program_word(ChipOperations& ops, int address) {
   return word;
 }
 
-int read_config_word(ChipOperations& ops) {
-  UnitLink& link = ops.unit().link();
-  enter_programming_mode(link);
-  link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
-  for (int i = kConfigSpaceBase; i < kConfigAddress; ++i) link.SENDCMD(ICSP_INC_ADDR, 0);
-  link.SENDCMD(ICSP_READ_DATA, 1);
-  const int word = link.RxBuffer[0] * 256 + link.RxBuffer[1];
-  ops.leave(LeaveMode::kAfterRead);
-  return word;
-}
-
 void set_config(ProgrammerState& state, int word) {
   state.ConfigWord = static_cast<std::int16_t>(word);
   state.ConfigHigh = static_cast<std::int16_t>((word >> 8) & 0xFF);
@@ -68,7 +56,7 @@ bool read_calibration(ChipOperations& ops, const CalibrationFacts& calibration, 
   const std::uint64_t before = ops.unit().link().failures();
   ops.set_supply(true);
   word = read_program_word(ops, calibration.address);
-  config = read_config_word(ops);
+  config = ops.read_config_space(kConfigWordAddress);
   ops.set_supply(false);
   return ops.unit().link().failures() == before;
 }
@@ -123,7 +111,7 @@ std::optional<std::string> eeprom_data_finding(const ProgrammerState& state) {
 }
 
 std::optional<std::uint16_t> image_config_word(const ProgrammerState& state) {
-  const int word = state.word(kConfigAddress);
+  const int word = state.word(kConfigWordAddress);
   if (word == kBlankWord) return std::nullopt;
   return static_cast<std::uint16_t>(word);
 }
@@ -263,9 +251,8 @@ bool program_and_read_back(ChipOperations& ops, int address, int word) {
   UnitLink& link = ops.unit().link();
   const std::uint64_t before = link.failures();
   enter_programming_mode(link);
-  if (address >= 0x2000) {
-    link.SENDCMD(ICSP_LOAD_CONFIG, 0x3F, 0xFF);
-    for (int a = 0x2000; a < address; ++a) link.SENDCMD(ICSP_INC_ADDR, 0);
+  if (address >= kConfigSpaceBase) {
+    ops.step_into_config_space(address);
   } else {
     step_to(link, address);
   }
@@ -275,7 +262,7 @@ bool program_and_read_back(ChipOperations& ops, int address, int word) {
   link.SENDCMD(UNIT_WAIT, 10);
   link.SENDCMD(ICSP_READ_DATA, 1);
   const int read = link.RxBuffer[0] * 256 + link.RxBuffer[1];
-  ops.leave(address >= 0x2000 ? LeaveMode::kAfterConfig : LeaveMode::kAfterWrite);
+  ops.leave(address >= kConfigSpaceBase ? LeaveMode::kAfterConfig : LeaveMode::kAfterWrite);
   return link.failures() == before && read == word;
 }
 
@@ -298,7 +285,7 @@ void restore_calibration(ChipOperations& ops, const Preflight& preflight, Comman
   bool kept = true;
   if (preflight.calibration)
     kept = program_with_tries(ops, calibration.address, *preflight.calibration);
-  kept = program_with_tries(ops, kConfigAddress, config) && kept;
+  kept = program_with_tries(ops, kConfigWordAddress, config) && kept;
   if (kept) return;
   std::string what;
   if (preflight.calibration)

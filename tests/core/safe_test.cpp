@@ -161,8 +161,7 @@ TEST(SafeLoad, ADamagedFileIsRefusedNamingItsLineAndKeepsTheImageLoadedBefore) {
 // bits back, each read back after the identification's settling pause.
 TEST(SafeWrite, PreflightAndCheckedErasePackets) {
   const Packets walk = seq(kEnter, times(0x3FC / 4, {{0x04, 0x04}, kStay}), Packet{0x04, 0x04});
-  const Packets keep = seq(kSupplyOn, walk, kLeaveRead, kEnter, kLoadConfig, Packets(7, kStay),
-                           Packet{0x04, 0x01}, kLeaveRead, kSupplyOff);
+  const Packets keep = seq(kSupplyOn, walk, kLeaveRead, config_space_read(7), kSupplyOff);
   const Packets check = seq(kSupplyOn, config_space_read(6), kSupplyOff);
   for (const char* chip : {"16F877A", "12F675"}) {
     TempDir dir;
