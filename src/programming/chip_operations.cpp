@@ -192,9 +192,9 @@ DeviceIdResult ChipOperations::READ_DEVID() {
   const int word = read_config_space(kDeviceIdAddress);
   state_.DeviceId = word;
   DEVID_NAME();
-  report_.notes("Device=" + state_.DeviceIdName + " (" + hex_text(word >> 8) +
-                    hex_text(word & 0xFF) + ")",
-                kWhite);
+  report_.notes(
+      "Device=" + state_.DeviceIdName + " (" + hex_text(word >> 8) + hex_text(word & 0xFF) + ")",
+      kWhite);
   return {state_.DeviceId, state_.DeviceIdName};
 }
 

@@ -11,10 +11,10 @@
 #include "cli_rig.h"
 #include "common/interrupt.h"
 #include "common/number_text.h"
+#include "devices/device_library.h"
 #include "image/hex_writer.h"
 #include "ops_rig.h"
 #include "panel_rig.h"
-#include "devices/device_library.h"
 #include "programming/safe_programming.h"
 #include "temp_dir.h"
 
@@ -261,8 +261,9 @@ Outcome run_checked(const ChipDescription& chip, bool write, Fault fault, int at
   std::map<int, int> image;
   for (int w = 0; w < 16; ++w) image[w] = 0x2800 + w;
   rig.image(image, config);
-  run.result = write ? run_checked_write(rig.ops, {*chip.entry, std::nullopt}, std::nullopt, run.preflight)
-                     : run_checked_erase(rig.ops, {*chip.entry, std::nullopt}, run.preflight);
+  run.result =
+      write ? run_checked_write(rig.ops, {*chip.entry, std::nullopt}, std::nullopt, run.preflight)
+            : run_checked_erase(rig.ops, {*chip.entry, std::nullopt}, run.preflight);
   run.exchanges = unit.trace().size();
   for (std::size_t i = 0; i < unit.trace().size(); ++i) {
     const auto& tx = unit.trace()[i].tx;
