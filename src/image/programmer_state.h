@@ -28,9 +28,11 @@ struct ProgrammerState {
   std::string EraseMode;
   std::string WriteMode;
 
-  std::int16_t ConfigWord = 0;
-  std::int16_t ConfigHigh = 0;
-  std::int16_t ConfigLow = 0;
+  // The configuration word. The two bytes the configuration write sends
+  // derive from it, so the editor and the write can never disagree.
+  std::uint16_t ConfigWord = 0;
+  int ConfigHigh() const { return ConfigWord >> 8; }
+  int ConfigLow() const { return ConfigWord & 0xFF; }
 
   // High byte x 256 + low byte. Held wider than 16 bits so that a reply
   // byte of 0x80 or more still gives a positive, nameable value.

@@ -8,10 +8,8 @@
 namespace zenta {
 
 void MainForm::apply_config_word(std::uint16_t word) {
-  state_.ConfigWord = static_cast<std::int16_t>(word);
-  state_.ConfigHigh = static_cast<std::int16_t>(word >> 8);
-  state_.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
-  ConfigAddrText_Change(config_hex_text(state_.ConfigHigh, state_.ConfigLow));
+  state_.ConfigWord = static_cast<std::uint16_t>(word);
+  ConfigAddrText_Change(config_hex_text(state_.ConfigHigh(), state_.ConfigLow()));
   Config_bit_DSP();
 }
 
@@ -48,9 +46,7 @@ void MainForm::ConfigAddrText_Change(const std::string& text) {
   // The text stays as typed; only the word follows it.
   view_.ConfigAddrText = text;
   const std::uint16_t word = config_word_from_text(text);
-  state_.ConfigWord = static_cast<std::int16_t>(word);
-  state_.ConfigHigh = static_cast<std::int16_t>(word >> 8);
-  state_.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
+  state_.ConfigWord = static_cast<std::uint16_t>(word);
   Config_bit_DSP();
 }
 

@@ -25,11 +25,9 @@ void MainForm::select_device(int index) {
 
   // The option controls go back to their reset states without touching the
   // word: the text and the bit display show the device's default.
-  const std::int16_t word = state_.ConfigWord;
+  const std::uint16_t word = state_.ConfigWord;
   ConfigAddrText_Change(record.default_config_text);
   state_.ConfigWord = word;
-  state_.ConfigHigh = static_cast<std::int16_t>((word >> 8) & 0xFF);
-  state_.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
   view_.OSCsel = 0;
   view_.PUTsel = false;
   view_.WDTsel = false;

@@ -48,7 +48,7 @@ CommandResult MainForm::WriteButton_Click() {
   show_findings(findings);
   // What the checks changed is shown in the boxes.
   LastAddrText_Change(hex_text(state_.LastAddress));
-  ConfigAddrText_Change(config_hex_text(state_.ConfigHigh, state_.ConfigLow));
+  ConfigAddrText_Change(config_hex_text(state_.ConfigHigh(), state_.ConfigLow()));
   warn_after(result);
   return result;
 }

@@ -123,7 +123,6 @@ VerifyResult ChipOperations::VERIFY_PROG() {
         const VerifyMismatch mismatch{w, state_.word(w), reply[2 * n] * 256 + reply[2 * n + 1]};
         report_.stop_box("Verify Data ERROR", "VERIFY ERROR");
         leave(LeaveMode::kAfterWrite);
-        state_.WaitTicks = 0;
         report_.progress(0, 0);
         report_.notes("Verify Error", kRed);
         return {mismatch};
@@ -147,16 +146,9 @@ VerifyResult ChipOperations::VERIFY_PROG() {
 }
 
 ConfigResult ChipOperations::WRITE_CONFIG() {
-  const int high = state_.ConfigHigh;
-  const int low = state_.ConfigLow;
+  const int high = state_.ConfigHigh();
+  const int low = state_.ConfigLow();
   ConfigResult result;
-  if (high < 0 || high > 0xFF || low < 0 || low > 0xFF) {
-    // Each byte travels as one packet byte; a wider value has no packet.
-    report_.stop_box("Configuration word out of range", "WRITE ERROR");
-    report_.notes("Config Write Error", kRed);
-    result.in_range = false;
-    return result;
-  }
   report_.notes("Now Reading", kRed);
   enter_programming_mode(link_);
   step_into_config_space(kConfigWordAddress);
@@ -180,7 +172,6 @@ ConfigResult ChipOperations::WRITE_CONFIG() {
     report_.notes("Config Write Complete", kWhite);
     return result;
   }
-  state_.WaitTicks = 0;
   report_.notes("Config Write Error", kRed);
   return result;
 }
@@ -241,7 +232,6 @@ ReadResult ChipOperations::READ_PROG(std::int16_t end_address) {
   } while (a <= end_address);
   report_.current_address(a);
   leave(LeaveMode::kAfterRead);
-  state_.WaitTicks = 0;
   report_.progress(0, 0);
   if (stop_requested()) {
     report_.notes(kStoppedText, kRed);
@@ -277,7 +267,6 @@ ReadResult ChipOperations::READ_EE() {
     }
   } while (e < last);
   leave(LeaveMode::kAfterRead);
-  state_.WaitTicks = 0;
   if (stop_requested()) {
     report_.notes(kStoppedText, kRed);
     return {e, true};

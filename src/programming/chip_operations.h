@@ -34,7 +34,6 @@ struct VerifyResult {
 
 struct ConfigResult {
   bool written = false;  // the read-back equals the word sent
-  bool in_range = true;  // false: the word has no packet (a byte above 0xFF)
   int read_back = -1;    // the word read back, -1 when nothing was sent
 };
 
@@ -65,7 +64,7 @@ class ChipOperations {
   void WRITE_PROG();
   // Words 0 up to LastAddress against ProgramBuffer, four per read.
   VerifyResult VERIFY_PROG();
-  // ConfigHigh/ConfigLow to 0x2007, then read back.
+  // ConfigHigh()/ConfigLow() to 0x2007, then read back.
   ConfigResult WRITE_CONFIG();
   // The device ID word at 0x2006, named into DeviceId and DeviceIdName.
   DeviceIdResult READ_DEVID();

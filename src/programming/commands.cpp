@@ -83,6 +83,8 @@ CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_ad
       result.config = ops.WRITE_CONFIG();
     }
   }
+  // A failed check ends the toolchain's wait, as a verify's does.
+  if (result.mismatch || (result.config && !result.config->written)) state.WaitTicks = 0;
   ops.set_supply(false);
   result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
@@ -109,6 +111,7 @@ CommandResult run_verify(ChipOperations& ops) {
   ops.set_led(true);
   ops.set_supply(true);
   result.mismatch = ops.VERIFY_PROG().mismatch;
+  if (result.mismatch) ops.state().WaitTicks = 0;
   result.stopped = ops.stop_requested();
   ops.set_supply(false);
   result.target_powered = ops.target_may_be_powered();
@@ -142,6 +145,7 @@ CommandResult run_read(ChipOperations& ops, std::optional<std::int16_t> end_addr
   ops.set_led(true);
   ops.set_supply(true);
   result.read = ops.READ_PROG(*end_address);
+  ops.state().WaitTicks = 0;
   result.stopped = ops.stop_requested();
   ops.set_supply(false);
   result.target_powered = ops.target_may_be_powered();
@@ -157,11 +161,11 @@ CommandResult run_read_eeprom(ChipOperations& ops) {
   ops.set_led(true);
   ops.set_supply(true);
   result.read = ops.READ_EE();
+  ops.state().WaitTicks = 0;
   result.stopped = ops.stop_requested();
   ops.set_supply(false);
   result.target_powered = ops.target_may_be_powered();
   ops.set_led(false);
-  ops.state().WaitTicks = 0;
   result.failed_exchanges = failures.failed();
   return result;
 }
@@ -256,9 +260,7 @@ void select_device_parameters(ProgrammerState& state, int index) {
   state.StartAddress = record.start_address;
   state.LastAddress = record.last_address;
   state.EepromLastAddress = record.eeprom_last_address;
-  state.ConfigWord = static_cast<std::int16_t>(record.default_config_word);
-  state.ConfigHigh = static_cast<std::int16_t>(record.default_config_word >> 8);
-  state.ConfigLow = static_cast<std::int16_t>(record.default_config_word & 0xFF);
+  state.ConfigWord = static_cast<std::uint16_t>(record.default_config_word);
 }
 
 }  // namespace zenta

@@ -155,9 +155,7 @@ void select_chip_parameters(ProgrammerState& state, const ChipDescription& chip)
   state.LastAddress = static_cast<std::int16_t>(chip.program_words - 1);
   state.EepromLastAddress = static_cast<std::int16_t>(chip.eeprom_bytes - 1);
   const int word = chip.config.empty() ? 0x3FFF : chip.config.front().default_word;
-  state.ConfigWord = static_cast<std::int16_t>(word);
-  state.ConfigHigh = static_cast<std::int16_t>(word >> 8);
-  state.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
+  state.ConfigWord = static_cast<std::uint16_t>(word);
 }
 
 }  // namespace zenta

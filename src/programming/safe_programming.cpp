@@ -42,12 +42,6 @@ int read_program_word(ChipOperations& ops, int address) {
   return word;
 }
 
-void set_config(ProgrammerState& state, int word) {
-  state.ConfigWord = static_cast<std::int16_t>(word);
-  state.ConfigHigh = static_cast<std::int16_t>((word >> 8) & 0xFF);
-  state.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
-}
-
 // Calibrated chips lose the word at 0x3FF and the band-gap bits with every
 // bulk erase: they are read first, with the target powered. False when an
 // exchange failed: then nothing is known, and nothing may be erased.
@@ -80,7 +74,7 @@ void keep_calibration(ProgrammerState& state, const CalibrationFacts& calibratio
   if (merged != (state.ConfigWord & 0x3FFF)) {
     result.findings.push_back("band-gap bits " + four_digits(result.band_gap) + " kept");
   }
-  set_config(state, merged);
+  state.ConfigWord = static_cast<std::uint16_t>(merged);
 }
 
 }  // namespace

@@ -45,9 +45,7 @@ struct OpsRig {
   void image(const std::map<int, int>& words, int config = -1) {
     for (const auto& [address, word] : words) state.set_word(address, word);
     if (config < 0) return;
-    state.ConfigWord = static_cast<std::int16_t>(config);
-    state.ConfigHigh = static_cast<std::int16_t>(config >> 8);
-    state.ConfigLow = static_cast<std::int16_t>(config & 0xFF);
+    state.ConfigWord = static_cast<std::uint16_t>(config);
   }
 
   sim::SimUnit unit;

@@ -307,7 +307,7 @@ TEST(ConfigEditor, OptionsAndTypedTextThroughTheDevicePatterns) {
       }
     }
     EXPECT_EQ(rig.state.ConfigWord, word);
-    EXPECT_EQ(rig.state.ConfigHigh * 256 + rig.state.ConfigLow, word);
+    EXPECT_EQ(rig.state.ConfigHigh() * 256 + rig.state.ConfigLow(), word);
     EXPECT_EQ(rig.form.view().ConfigAddrText, text);
     EXPECT_EQ(rig.form.view().Text_Configbit, config_binary_text(static_cast<std::uint16_t>(word)));
   }

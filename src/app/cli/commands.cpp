@@ -83,11 +83,8 @@ int conclude(Session& s, const OperationResult& result) {
     record.fail("verify failed at " + four_digits(m.address) + ": file " + four_digits(m.file) +
                 ", chip " + four_digits(m.chip));
   } else if (result.config && !result.config->written) {
-    const int sent = s.state.ConfigHigh * 256 + s.state.ConfigLow;
-    record.fail(result.config->in_range
-                    ? "the configuration word read back " + four_digits(result.config->read_back) +
-                          ", not " + four_digits(sent)
-                    : "the configuration word " + four_digits(sent) + " has no packet");
+    record.fail("the configuration word read back " + four_digits(result.config->read_back) +
+                ", not " + four_digits(s.state.ConfigWord));
   } else {
     record.message = result.notes;
     return kExitOk;
@@ -300,12 +297,6 @@ int identify(Session& s, ChipOperations& ops, std::optional<OperationResult> ide
   return kExitOk;
 }
 
-void set_config_word(ProgrammerState& state, int word) {
-  state.ConfigWord = static_cast<std::int16_t>(word);
-  state.ConfigHigh = static_cast<std::int16_t>(word >> 8);
-  state.ConfigLow = static_cast<std::int16_t>(word & 0xFF);
-}
-
 void print_config_source(Session& s, const std::string& source) {
   s.out << "Configuration word " << four_digits(s.state.ConfigWord) << " (" << source << ")\n";
 }
@@ -328,7 +319,7 @@ int write(Session& s, ChipOperations& ops) {
     source = "from the file";
   }
   // As the configuration box reads a typed word.
-  set_config_word(s.state, config_word_from_text(four_digits(word)));
+  s.state.ConfigWord = config_word_from_text(four_digits(word));
   if (s.options.exact) {
     s.console.finish();
     if (!quiet(s)) print_config_source(s, source);
