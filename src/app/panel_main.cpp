@@ -16,6 +16,7 @@
 #include "image/programmer_state.h"
 #include "link/trace_driver.h"
 #include "link/unit.h"
+#include "panel/link_boxes.h"
 #include "panel/main_form.h"
 #include "panel/ui/panel_windows.h"
 #include "panel/ui/screenshots.h"
@@ -72,7 +73,8 @@ int main(int argc, char** argv) {
   zenta::QtSettingsStore settings;
   zenta::QtHost host;
   host.remember_dialogs_in(&settings);
-  zenta::Unit unit(*driver, host);
+  zenta::LinkBoxes link_boxes(host);
+  zenta::Unit unit(*driver, link_boxes);
   zenta::ToolSettings tools;
   zenta::BufferViewModel program_view = zenta::make_program_view();
   zenta::BufferViewModel eeprom_view = zenta::make_eeprom_view();

@@ -35,7 +35,7 @@ FrequencyText frequency_text(float count, Gate gate);
 
 class FrequencyCounter {
  public:
-  explicit FrequencyCounter(Unit& unit) : unit_(unit) {}
+  FrequencyCounter(Unit& unit, Host& host) : unit_(unit), host_(host) {}
 
   Gate gate = Gate::k100ms;
   std::string VMtext = "0";
@@ -50,17 +50,18 @@ class FrequencyCounter {
   void Command_READ_Click() { measurement(false); }
   void Command_AUTO_Click() { autoread.press(); }
   void Timer_AUTO_Timer();
-  void Command_LOG_Click() { toggle_log(log, unit_.host()); }
+  void Command_LOG_Click() { toggle_log(log, host_); }
   void Form_Unload();
 
  private:
   void measurement(bool from_timer);
   Unit& unit_;
+  Host& host_;
 };
 
 class EventCounter {
  public:
-  explicit EventCounter(Unit& unit) : unit_(unit) {}
+  EventCounter(Unit& unit, Host& host) : unit_(unit), host_(host) {}
 
   std::string VMtext = "0";
   std::uint32_t over_lamp = kLampGrey;
@@ -75,13 +76,14 @@ class EventCounter {
   void Command_READ_Click() { reading(false); }
   void Command_AUTO_Click() { autoread.press(); }
   void Timer_AUTO_Timer();
-  void Command_LOG_Click() { toggle_log(log, unit_.host()); }
+  void Command_LOG_Click() { toggle_log(log, host_); }
   // Sends nothing: a started count keeps counting.
   void Form_Unload();
 
  private:
   void reading(bool from_timer);
   Unit& unit_;
+  Host& host_;
 };
 
 }  // namespace zenta

@@ -106,7 +106,7 @@ void LogicView::Command7_Click(const std::function<void()>& paint) {
   if (!operation) return;
   shape2 = kLaCaptureColor;
   if (paint) paint();
-  unit_.host().process_events();
+  host_.process_events();
   const PeriodByte period = sample_period_byte(STIME);
   if (period.rewritten) STIME = "100";
   last_period = period.byte;
@@ -209,7 +209,7 @@ void LogicView::DRAWPIC(const LaSampleStore& s) {
 }
 
 void LogicView::Export_Click() {
-  Host& host = unit_.host();
+  Host& host = host_;
   if (content == LaContent::kFailedCapture || content == LaContent::kNothing) {
     host.message_box(content == LaContent::kNothing
                          ? "Nothing has been captured: press TRIG first."

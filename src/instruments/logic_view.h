@@ -87,7 +87,7 @@ struct LaDrawing {
 
 class LogicView {
  public:
-  explicit LogicView(Unit& unit) : unit_(unit) {}
+  LogicView(Unit& unit, Host& host) : unit_(unit), host_(host) {}
 
   // What the window shows and holds.
   LaSampleStore LaSamples{};
@@ -143,6 +143,7 @@ class LogicView {
   void line(double x1, int y1, double x2, int y2, std::uint32_t color);
   void set_content(LaContent held);
   Unit& unit_;
+  Host& host_;
 };
 
 }  // namespace zenta

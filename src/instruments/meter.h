@@ -7,6 +7,7 @@
 #include <functional>
 #include <string>
 
+#include "common/host.h"
 #include "link/unit.h"
 
 namespace zenta {

@@ -37,7 +37,8 @@ VoltReading volt_reading(std::uint16_t raw, float attenuation);
 
 class VoltMeter {
  public:
-  VoltMeter(Unit& unit, SettingsStore& settings) : unit_(unit), settings_(settings) {}
+  VoltMeter(Unit& unit, Host& host, SettingsStore& settings)
+      : unit_(unit), host_(host), settings_(settings) {}
 
   // What the window shows.
   int channel = 2;  // Option_CH index
@@ -60,13 +61,14 @@ class VoltMeter {
   void Command_COMP_Click();
   void Text_COMP_Change(const std::string& text);
   void Volt_Bar_MouseDown();
-  void Command_LOG_Click() { toggle_log(log, unit_.host()); }
+  void Command_LOG_Click() { toggle_log(log, host_); }
   void Form_Unload();
 
  private:
   void reading(bool from_timer);
 
   Unit& unit_;
+  Host& host_;
   SettingsStore& settings_;
 };
 

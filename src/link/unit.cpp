@@ -6,7 +6,7 @@
 
 namespace zenta {
 
-Unit::Unit(UnitDriver& driver, Host& host) : host_(host), link_(driver, host) {}
+Unit::Unit(UnitDriver& driver, LinkReport& report) : link_(driver, report) {}
 
 bool Unit::read_firmware_version() {
   const bool ok = link_.SENDCMD(UNIT_VERSION) == kLinkOk;

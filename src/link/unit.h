@@ -9,7 +9,6 @@
 #include <map>
 #include <string>
 
-#include "common/host.h"
 #include "link/unit_driver.h"
 #include "link/unit_link.h"
 
@@ -17,13 +16,12 @@ namespace zenta {
 
 class Unit {
  public:
-  Unit(UnitDriver& driver, Host& host);
+  Unit(UnitDriver& driver, LinkReport& report);
   Unit(const Unit&) = delete;
   Unit& operator=(const Unit&) = delete;
 
   UnitLink& link() { return link_; }
   const UnitLink& link() const { return link_; }
-  Host& host() { return host_; }
 
   // Opens the driver; the driver's result (0 when the unit is there).
   std::int32_t open() { return link_.open_driver(); }
@@ -60,7 +58,6 @@ class Unit {
  private:
   void set_busy(bool busy);
 
-  Host& host_;
   UnitLink link_;
   std::string firmware_version_;
   bool busy_ = false;

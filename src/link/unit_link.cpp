@@ -66,7 +66,7 @@ std::string link_loss_text(LinkLoss loss) {
   return "";
 }
 
-UnitLink::UnitLink(UnitDriver& driver, Host& host) : driver_(driver), host_(host) {}
+UnitLink::UnitLink(UnitDriver& driver, LinkReport& report) : driver_(driver), report_(report) {}
 
 void UnitLink::set_USBMSG(std::string text) {
   usbmsg_ = std::move(text);
@@ -107,7 +107,7 @@ std::int16_t UnitLink::fail(const char* status, const char* box_text) {
   set_USBMSG(status);
   ++consecutive_failures_;
   if (!stop_on_loss) {
-    host_.message_box(box_text, "USB ERROR", MessageIcon::kStop);
+    report_.exchange_failed(box_text);
     return kLinkFailed;
   }
   if (driver_.condition() == UnitCondition::kGone) {
@@ -116,9 +116,9 @@ std::int16_t UnitLink::fail(const char* status, const char* box_text) {
     loss_ = LinkLoss::kStoppedAnswering;
   }
   if (lost()) {
-    host_.message_box(link_loss_text(loss_), "USB ERROR", MessageIcon::kStop);
+    report_.exchange_failed(link_loss_text(loss_));
   } else if (consecutive_failures_ == 1) {
-    host_.message_box(box_text, "USB ERROR", MessageIcon::kStop);
+    report_.exchange_failed(box_text);
   }
   return kLinkFailed;
 }

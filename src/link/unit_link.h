@@ -1,13 +1,13 @@
 #pragma once
 // The only path between the panel and the unit: one 8-byte packet out, one
 // 8-byte reply back, the verdict in the link status box and, on failure, a
-// message box. No retry, no timeout of its own, no resynchronisation.
+// report. No retry, no timeout of its own, no resynchronisation.
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
 
-#include "common/host.h"
+#include "link/link_report.h"
 #include "link/unit_driver.h"
 
 namespace zenta {
@@ -57,7 +57,7 @@ std::string link_loss_text(LinkLoss loss);
 
 class UnitLink {
  public:
-  UnitLink(UnitDriver& driver, Host& host);
+  UnitLink(UnitDriver& driver, LinkReport& report);
 
   // Eight packet bytes in order; b0 is the command code.
   std::int16_t SENDCMD(std::uint8_t b0, std::uint8_t b1 = 0, std::uint8_t b2 = 0,
@@ -122,7 +122,7 @@ class UnitLink {
   std::int16_t fail(const char* status, const char* box_text);
 
   UnitDriver& driver_;
-  Host& host_;
+  LinkReport& report_;
   std::string usbmsg_ = "USB message";
   std::uint64_t exchanges_ = 0;
   std::uint64_t failures_ = 0;

@@ -13,9 +13,9 @@ namespace {
 
 // The firmware of the unit with `serial`, through the driver the panel
 // uses, so the exchange is the panel's own first one.
-std::string firmware_of(const UsbId& id, const std::string& serial, Host& host) {
+std::string firmware_of(const UsbId& id, const std::string& serial, LinkReport& report) {
   UsbDriver driver(id, serial);
-  Unit unit(driver, host);
+  Unit unit(driver, report);
   std::string firmware;
   if (unit.open() == kDriverOk && unit.read_firmware_version()) firmware = unit.FirmwareVersion();
   unit.close();
@@ -24,7 +24,7 @@ std::string firmware_of(const UsbId& id, const std::string& serial, Host& host) 
 
 }  // namespace
 
-std::vector<PluggedUnit> list_units(const UsbId& id, Host& host) {
+std::vector<PluggedUnit> list_units(const UsbId& id, LinkReport& report) {
   std::vector<PluggedUnit> units;
   libusb_context* context = nullptr;
   if (libusb_init(&context) != 0) return units;
@@ -49,13 +49,13 @@ std::vector<PluggedUnit> list_units(const UsbId& id, Host& host) {
   // A unit without a serial can be picked only when it is the only one.
   for (PluggedUnit& unit : units) {
     if (!unit.serial.empty() || units.size() == 1) {
-      unit.firmware = firmware_of(id, unit.serial, host);
+      unit.firmware = firmware_of(id, unit.serial, report);
     }
   }
   return units;
 }
 #else
-std::vector<PluggedUnit> list_units(const UsbId&, Host&) {
+std::vector<PluggedUnit> list_units(const UsbId&, LinkReport&) {
   return {};
 }
 #endif

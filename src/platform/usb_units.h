@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "common/host.h"
+#include "link/link_report.h"
 #include "platform/usb_driver.h"
 
 namespace zenta {
@@ -18,8 +18,8 @@ struct PluggedUnit {
 
 // Each unit is opened to read its serial and asked for its firmware, which
 // takes it from whichever program had it idle; a unit this user may not
-// open is listed without either. `host` hears what the link says when a
+// open is listed without either. `report` hears what the link says when a
 // unit does not answer.
-std::vector<PluggedUnit> list_units(const UsbId& id, Host& host);
+std::vector<PluggedUnit> list_units(const UsbId& id, LinkReport& report);
 
 }  // namespace zenta

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "common/host.h"
+#include "link/link_report.h"
 
 namespace zenta::testing {
 
@@ -50,7 +51,8 @@ struct ShownBox {
   MessageIcon icon;
 };
 
-class FakeHost : public Host {
+// Hears the link too: a failed exchange is a box as the panel shows it.
+class FakeHost : public Host, public LinkReport {
  public:
   std::vector<ShownBox> boxes;
   int events = 0;  // process_events calls
@@ -84,6 +86,9 @@ class FakeHost : public Host {
 
   void message_box(const std::string& text, const std::string& title, MessageIcon icon) override {
     boxes.push_back({text, title, icon});
+  }
+  void exchange_failed(const std::string& text) override {
+    message_box(text, "USB ERROR", MessageIcon::kStop);
   }
   void process_events() override { ++events; }
   void beep() override { ++beeps; }

@@ -47,7 +47,7 @@ TEST(VoltMeter, ReadingsFromRawValueAndAttenuation) {
 TEST(VoltMeter, ChannelBytesAttenuationSettingAndWindowSizes) {
   InstrumentRig rig;
   MemorySettingsStore store;
-  VoltMeter vm(rig.unit, store);
+  VoltMeter vm(rig.unit, rig.host, store);
   vm.Form_Load();
   EXPECT_EQ(store.get("ZENTA", "DATA", "VOLTATT"), "4.4") << "first opening stores the default";
   EXPECT_EQ(vm.channel, 2);
@@ -61,7 +61,7 @@ TEST(VoltMeter, ChannelBytesAttenuationSettingAndWindowSizes) {
   EXPECT_EQ(vm.VMtext, "5.0") << "the simulated supply input";
 
   vm.Text_COMP_Change("5");
-  VoltMeter again(rig.unit, store);
+  VoltMeter again(rig.unit, rig.host, store);
   again.Form_Load();
   EXPECT_EQ(again.Text_COMP, "5");
   EXPECT_FLOAT_EQ(again.VmAtt, 5.0f);
@@ -111,7 +111,7 @@ TEST(Counters, FrequencyAndCountTexts) {
 
 TEST(Counters, FrequencyPacketsIntervalAndOverRangeFromTheUnit) {
   InstrumentRig rig;
-  FrequencyCounter f(rig.unit);
+  FrequencyCounter f(rig.unit, rig.host);
   f.Form_Load();
   EXPECT_TRUE(rig.packets().empty()) << "opening sends nothing";
   rig.sim.set_input_frequency(100000);
@@ -130,7 +130,7 @@ TEST(Counters, FrequencyPacketsIntervalAndOverRangeFromTheUnit) {
 
 TEST(Counters, EventCounterClearsOnOpeningAndButtonsLeaveTheWindow) {
   InstrumentRig rig;
-  EventCounter cnt(rig.unit);
+  EventCounter cnt(rig.unit, rig.host);
   cnt.Form_Load();
   EXPECT_EQ(rig.packets(), std::vector<std::string>{"3D 00 00 00 00 00 00 00"});
   cnt.VMtext = "untouched";
@@ -165,9 +165,9 @@ TEST(Counters, AutoRuleOfEveryMeter) {
   };
   InstrumentRig rig;
   MemorySettingsStore store;
-  VoltMeter vm(rig.unit, store);
-  FrequencyCounter f(rig.unit);
-  EventCounter cnt(rig.unit);
+  VoltMeter vm(rig.unit, rig.host, store);
+  FrequencyCounter f(rig.unit, rig.host);
+  EventCounter cnt(rig.unit, rig.host);
   vm.Form_Load();
   f.Form_Load();
   cnt.Form_Load();
@@ -211,7 +211,7 @@ TEST(Counters, AutoRuleOfEveryMeter) {
 TEST(Counters, MetersAreRefusedWhileAnOperationHoldsTheUnit) {
   InstrumentRig rig;
   MemorySettingsStore store;
-  VoltMeter vm(rig.unit, store);
+  VoltMeter vm(rig.unit, rig.host, store);
   vm.Form_Load();
   vm.Command_AUTO_Click();
   Unit::Operation chip_operation(rig.unit);
@@ -226,7 +226,7 @@ TEST(Counters, LogWritesTheAutoReadingsOnly) {
   testing::TempDir dir;
   const std::string path = dir.file("log.csv");
   rig.host.save_answers.push_back(dir.file("log"));  // the filter's extension is added
-  FrequencyCounter f(rig.unit);
+  FrequencyCounter f(rig.unit, rig.host);
   f.Form_Load();
   double now = 100;
   f.log.clock = [&now] { return now; };

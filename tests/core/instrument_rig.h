@@ -40,7 +40,7 @@ struct InstrumentRig {
 // The logic view opened on the simulated unit.
 struct LaRig : InstrumentRig {
   LaRig() { view.Form_Load(); }
-  LogicView view{unit};
+  LogicView view{unit, host};
 };
 
 }  // namespace zenta::testing

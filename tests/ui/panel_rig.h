@@ -13,6 +13,7 @@
 #include "image/hex_loader.h"
 #include "link/sim/sim_unit.h"
 #include "link/unit.h"
+#include "panel/link_boxes.h"
 #include "panel/main_form.h"
 #include "panel/ui/panel_windows.h"
 #include "platform/qt_host.h"
@@ -97,7 +98,8 @@ class PanelRig {
   ToolSettings tools;
   BufferViewModel program_view = make_program_view();
   BufferViewModel eeprom_view = make_eeprom_view();
-  Unit unit{sim, host};
+  LinkBoxes link_boxes{host};
+  Unit unit{sim, link_boxes};
   PanelParts parts{unit, host, store, *state, tools, program_view, eeprom_view};
   std::unique_ptr<MainForm> form;
   std::unique_ptr<PanelWindows> windows;

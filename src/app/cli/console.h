@@ -8,11 +8,12 @@
 #include <string>
 
 #include "common/host.h"
+#include "link/link_report.h"
 #include "programming/operation_report.h"
 
 namespace zenta::cli {
 
-class Console : public Host, public OperationReport {
+class Console : public Host, public LinkReport, public OperationReport {
  public:
   // `terminal`: whether `err` is a terminal, so that a bar can be redrawn in
   // place. `verbose`: every change of the notes line is a line on `err`.
@@ -35,6 +36,11 @@ class Console : public Host, public OperationReport {
   void show_window(WindowId) override {}
   bool window_visible(WindowId) const override { return false; }
   std::string current_folder() const override;
+
+  // LinkReport
+  void exchange_failed(const std::string& text) override {
+    message_box(text, "USB ERROR", MessageIcon::kStop);
+  }
 
   // OperationReport
   void notes(const std::string& text, std::uint32_t) override;

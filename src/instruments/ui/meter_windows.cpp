@@ -78,8 +78,8 @@ void MeterWindow::render_auto(const AutoRead& autoread, Lamp* lamp) {
 
 // ---- VM ----
 
-VoltMeterWindow::VoltMeterWindow(Unit& unit, SettingsStore& settings, QWidget* parent)
-    : MeterWindow("VM", "Volt Meter", parent), model_(unit, settings) {
+VoltMeterWindow::VoltMeterWindow(Unit& unit, Host& host, SettingsStore& settings, QWidget* parent)
+    : MeterWindow("VM", "Volt Meter", parent), model_(unit, host, settings) {
   model_.Form_Load();
   for (int i = 0; i < 3; ++i) {
     channels_[static_cast<std::size_t>(i)] = make_option(
@@ -164,8 +164,8 @@ void VoltMeterWindow::closeEvent(QCloseEvent* event) {
 
 // ---- Form_FCNT ----
 
-FrequencyCounterWindow::FrequencyCounterWindow(Unit& unit, QWidget* parent)
-    : MeterWindow("Form_FCNT", "Frequency Counter", parent), model_(unit) {
+FrequencyCounterWindow::FrequencyCounterWindow(Unit& unit, Host& host, QWidget* parent)
+    : MeterWindow("Form_FCNT", "Frequency Counter", parent), model_(unit, host) {
   model_.Form_Load();
   gateh_ = make_option(this, "Option_GATEH", "100mS", nullptr, {8, 6, 64, 20});
   gatel_ = make_option(this, "Option_GATEL", "1S", nullptr, {76, 6, 48, 20});
@@ -213,8 +213,8 @@ void FrequencyCounterWindow::closeEvent(QCloseEvent* event) {
 
 // ---- Form_CNT ----
 
-EventCounterWindow::EventCounterWindow(Unit& unit, QWidget* parent)
-    : MeterWindow("Form_CNT", "Counter", parent), model_(unit) {
+EventCounterWindow::EventCounterWindow(Unit& unit, Host& host, QWidget* parent)
+    : MeterWindow("Form_CNT", "Counter", parent), model_(unit, host) {
   model_.Form_Load();
   make_grey_label("Input  LA-TP", {8, 6, 90, 16});
   make_grey_label("Max 1MHz", {100, 6, 70, 16});

@@ -44,7 +44,7 @@ class MeterWindow : public QWidget {
 class VoltMeterWindow : public MeterWindow {
   Q_OBJECT
  public:
-  VoltMeterWindow(Unit& unit, SettingsStore& settings, QWidget* parent);
+  VoltMeterWindow(Unit& unit, Host& host, SettingsStore& settings, QWidget* parent);
   VoltMeter& model() { return model_; }
   void render();
 
@@ -68,7 +68,7 @@ class VoltMeterWindow : public MeterWindow {
 class FrequencyCounterWindow : public MeterWindow {
   Q_OBJECT
  public:
-  FrequencyCounterWindow(Unit& unit, QWidget* parent);
+  FrequencyCounterWindow(Unit& unit, Host& host, QWidget* parent);
   FrequencyCounter& model() { return model_; }
   void render();
 
@@ -89,7 +89,7 @@ class FrequencyCounterWindow : public MeterWindow {
 class EventCounterWindow : public MeterWindow {
   Q_OBJECT
  public:
-  EventCounterWindow(Unit& unit, QWidget* parent);
+  EventCounterWindow(Unit& unit, Host& host, QWidget* parent);
   EventCounter& model() { return model_; }
   void render();
 

@@ -18,7 +18,7 @@ PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host
     : form_(form),
       parts_(parts),
       host_(host),
-      logic_view_(parts.unit),
+      logic_view_(parts.unit, parts.host),
       main_(std::make_unique<MainWindow>(form, host, simulated)) {
   MainWindow* main = main_.get();
   QtWindowManager& windows = host_.windows();
@@ -56,12 +56,14 @@ void PanelWindows::set_instrument_factories() {
   windows.set_factory(WindowId::kLogicView,
                       [this, main] { return new LogicWindow(logic_view_, parts_.unit, main); });
   windows.set_factory(WindowId::kVoltMeter, [this, main] {
-    return new VoltMeterWindow(parts_.unit, parts_.settings, main);
+    return new VoltMeterWindow(parts_.unit, parts_.host, parts_.settings, main);
   });
-  windows.set_factory(WindowId::kFrequencyCounter,
-                      [this, main] { return new FrequencyCounterWindow(parts_.unit, main); });
-  windows.set_factory(WindowId::kEventCounter,
-                      [this, main] { return new EventCounterWindow(parts_.unit, main); });
+  windows.set_factory(WindowId::kFrequencyCounter, [this, main] {
+    return new FrequencyCounterWindow(parts_.unit, parts_.host, main);
+  });
+  windows.set_factory(WindowId::kEventCounter, [this, main] {
+    return new EventCounterWindow(parts_.unit, parts_.host, main);
+  });
 }
 
 PanelWindows::~PanelWindows() {
