@@ -78,14 +78,16 @@ int main(int argc, char** argv) {
   zenta::ToolSettings tools;
   zenta::BufferViewModel program_view = zenta::make_program_view();
   zenta::BufferViewModel eeprom_view = zenta::make_eeprom_view();
-  const zenta::PanelParts parts{unit,  host,         settings,   zenta::programmer_state(),
-                                tools, program_view, eeprom_view};
+  zenta::QtWindowManager window_manager;
+  const zenta::PanelParts parts{
+      unit,  host,         window_manager, settings, zenta::programmer_state(),
+      tools, program_view, eeprom_view};
   zenta::MainForm form(parts);
   // The start-up runs before any window shows; without a unit the user has
   // been told, and the panel ends.
   if (!form.Form_Load()) return kNoUnit;
 
-  zenta::PanelWindows windows(form, parts, host, choice.simulated);
+  zenta::PanelWindows windows(form, parts, host, window_manager, choice.simulated);
   windows.main_window().show();
   // The operation sees the interrupt flag itself; this timer closes the
   // window, also when the panel is idle.

@@ -18,22 +18,6 @@ struct SaveAnswer {
   std::size_t choice = 0;
 };
 
-// The panel's windows besides the main one.
-enum class WindowId {
-  kHelp,
-  kVersion,
-  kSetup,
-  kDataView,
-  kEepromView,
-  kErrorView,
-  kEditor,
-  kConverter,
-  kLogicView,
-  kVoltMeter,
-  kFrequencyCounter,
-  kEventCounter,
-};
-
 class Host {
  public:
   virtual ~Host() = default;
@@ -75,10 +59,6 @@ class Host {
     return false;
   }
   virtual bool open_url(const std::string& url) = 0;
-  // Shows another window, creating it when it is not open, or brings the
-  // open one forward.
-  virtual void show_window(WindowId id) = 0;
-  virtual bool window_visible(WindowId id) const = 0;
   virtual std::string current_folder() const = 0;
 };
 

@@ -11,6 +11,7 @@ namespace zenta {
 MainForm::MainForm(const PanelParts& parts)
     : unit_(parts.unit),
       host_(parts.host),
+      windows_(parts.windows),
       settings_(parts.settings),
       state_(parts.state),
       tools_(parts.tools),

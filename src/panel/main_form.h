@@ -20,6 +20,7 @@
 #include "image/programmer_state.h"
 #include "link/unit.h"
 #include "panel/main_view.h"
+#include "panel/windows.h"
 #include "programming/commands.h"
 #include "programming/config_word.h"
 #include "programming/device_catalogue.h"
@@ -33,6 +34,7 @@ namespace zenta {
 struct PanelParts {
   Unit& unit;
   Host& host;
+  Windows& windows;
   SettingsStore& settings;
   ProgrammerState& state;
   ToolSettings& tools;
@@ -182,6 +184,7 @@ class MainForm : private OperationReport {
 
   Unit& unit_;
   Host& host_;
+  Windows& windows_;
   SettingsStore& settings_;
   ProgrammerState& state_;
   ToolSettings& tools_;

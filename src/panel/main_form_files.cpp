@@ -60,7 +60,7 @@ bool MainForm::load_hex() {
   state_.StartAddress = start;
   StartAddrText_Change(hex_text(start));
   if (!view_.exact) take_image_facts();
-  if (host_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
+  if (windows_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
   changed();
   return true;
 }

@@ -24,6 +24,9 @@ Toolchain& MainForm::toolchain() {
     panel.busy = [this] { return view_.busy; };
     panel.exact = [this] { return view_.exact; };
     panel.status = [this](const std::string& text) { status(text); };
+    panel.show_editor = [this] { windows_.show_window(WindowId::kEditor); };
+    panel.editor_visible = [this] { return windows_.window_visible(WindowId::kEditor); };
+    panel.show_errors = [this] { windows_.show_window(WindowId::kErrorView); };
     toolchain_ = std::make_unique<Toolchain>(tools_, state_, host_, std::move(panel));
   }
   return *toolchain_;
@@ -54,7 +57,7 @@ void MainForm::open_instrument(WindowId id, const std::string& caption) {
     status(caption + " not opened: a chip operation is running");
     return;
   }
-  host_.show_window(id);
+  windows_.show_window(id);
 }
 
 void MainForm::status(const std::string& text) {

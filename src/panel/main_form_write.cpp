@@ -108,7 +108,7 @@ CommandResult MainForm::READ_Click() {
   if (read.last_address) read.limit = *read.last_address;
   const OperationResult result = do_op(ops_, read);
   if (result.refused) return result;
-  if (host_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
+  if (windows_.window_visible(WindowId::kDataView)) FILL_PROG_VIEW(program_view_, state_);
   view_.FilenameTextbox.clear();
   buffer_view_command();
   return result;
@@ -118,7 +118,7 @@ CommandResult MainForm::READ_EEPROM_Click() {
   Unit::Operation operation(unit_);
   if (!operation) return refused();
   const CommandResult result = do_op(ops_, request(OperationKind::kReadEeprom));
-  host_.show_window(WindowId::kEepromView);
+  windows_.show_window(WindowId::kEepromView);
   FILL_EE_VIEW(eeprom_view_, state_);
   changed();
   return result;
@@ -160,7 +160,7 @@ void MainForm::BUFVIEWButton_Click() {
 }
 
 void MainForm::buffer_view_command() {
-  host_.show_window(WindowId::kDataView);
+  windows_.show_window(WindowId::kDataView);
   FILL_PROG_VIEW(program_view_, state_);
   state_.WaitTicks = 0;
   changed();

@@ -136,14 +136,6 @@ bool QtHost::open_url(const std::string& url) {
   return QDesktopServices::openUrl(QUrl(q(url)));
 }
 
-void QtHost::show_window(WindowId id) {
-  if (!windows_.show(id)) beep();
-}
-
-bool QtHost::window_visible(WindowId id) const {
-  return windows_.visible(id);
-}
-
 std::string QtHost::current_folder() const {
   return QDir::toNativeSeparators(QDir::currentPath()).toStdString();
 }

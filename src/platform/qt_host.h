@@ -1,6 +1,6 @@
 #pragma once
 // The platform's side of the core's Host on Qt: message boxes, dialogs,
-// program starts, the browser, the other windows, the current folder.
+// program starts, the browser, the current folder.
 // Tests replace the message boxes and dialogs through the hooks, so
 // nothing blocks without a screen.
 #include <QWidget>
@@ -9,7 +9,6 @@
 
 #include "common/host.h"
 #include "common/settings_store.h"
-#include "platform/qt_window_manager.h"
 
 namespace zenta {
 
@@ -26,11 +25,8 @@ class QtHost : public Host {
                                           const std::string& folder) override;
   bool start_detached(const std::string& command, const std::string& argument) override;
   bool open_url(const std::string& url) override;
-  void show_window(WindowId id) override;
-  bool window_visible(WindowId id) const override;
   std::string current_folder() const override;
 
-  QtWindowManager& windows() { return windows_; }
   // Parent of message boxes and dialogs (the main window), when there is one.
   void set_dialog_parent(QWidget* parent) { parent_ = parent; }
   // The file dialogs open where the last one of their kind ended, with its
@@ -55,7 +51,6 @@ class QtHost : public Host {
 
   QWidget* parent_ = nullptr;
   SettingsStore* dialog_store_ = nullptr;
-  QtWindowManager windows_;
 };
 
 }  // namespace zenta

@@ -26,7 +26,7 @@ void Toolchain::EditorButton_Click() {
   const std::string& target = state_.TargetFileName;
   test_box(tool_command_line(tools_.EditorFolder, tools_.EditorCommand, target));
   if (tools_.EditorCommand.empty()) {
-    host_.show_window(WindowId::kEditor);
+    show_editor();
     return;
   }
   if (!host_.start_detached(tool_command(tools_.EditorFolder, tools_.EditorCommand), target)) {
@@ -41,14 +41,14 @@ void Toolchain::New_EditorButton_Click() {
 }
 
 void Toolchain::open_editor_at(const std::string& file, int line) {
-  if (host_.window_visible(WindowId::kEditor)) {
+  if (panel_.editor_visible && panel_.editor_visible()) {
     if (same_file(editor_file_, file)) {
       editor_line_ = line;
-      host_.show_window(WindowId::kEditor);
+      show_editor();
       if (on_editor_line) on_editor_line(take_editor_line());
     } else {
       host_.beep();
-      host_.show_window(WindowId::kEditor);
+      show_editor();
     }
     return;
   }
@@ -59,7 +59,7 @@ void Toolchain::open_editor_at(const std::string& file, int line) {
     editor_request_ = file;
   }
   editor_line_ = line;
-  host_.show_window(WindowId::kEditor);
+  show_editor();
 }
 
 bool Toolchain::ErrText_DblClick(const std::string& line) {

@@ -162,7 +162,7 @@ void Toolchain::finish_run() {
     tool_output_ = with_crlf(run->command_line + "\n" + ended + ", writing nothing to " +
                              tool_error_file_ + ". It printed:\n" + run->process->output());
     notes(label + " ERROR", kRed);
-    host_.show_window(WindowId::kErrorView);
+    if (panel_.show_errors) panel_.show_errors();
     return;
   }
   // A compiler that writes its message file only when it has messages has
@@ -175,7 +175,7 @@ void Toolchain::finish_run() {
   }
   if (length != 0) {
     notes(label + " ERROR", kRed);
-    host_.show_window(WindowId::kErrorView);
+    if (panel_.show_errors) panel_.show_errors();
     return;
   }
   notes(label + " complete", kWhite);

@@ -30,6 +30,10 @@ struct ToolPanel {
   std::function<bool()> busy;
   // The "exact" setting: the documented editor and runs, none of the checks.
   std::function<bool()> exact;
+  // The toolchain's own windows, kept by the panel.
+  std::function<void()> show_editor;
+  std::function<bool()> editor_visible;
+  std::function<void()> show_errors;
 };
 
 class Toolchain {
@@ -99,6 +103,9 @@ class Toolchain {
   void fail_run(const std::string& text, const std::string& title);
   void notes(const std::string& text, std::uint32_t color);
   bool exact() const { return panel_.exact && panel_.exact(); }
+  void show_editor() {
+    if (panel_.show_editor) panel_.show_editor();
+  }
   void test_box(const std::string& text);
 
   const ToolSettings& tools_;

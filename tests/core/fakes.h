@@ -11,6 +11,7 @@
 
 #include "common/host.h"
 #include "link/link_report.h"
+#include "panel/windows.h"
 
 namespace zenta::testing {
 
@@ -52,7 +53,7 @@ struct ShownBox {
 };
 
 // Hears the link too: a failed exchange is a box as the panel shows it.
-class FakeHost : public Host, public LinkReport {
+class FakeHost : public Host, public LinkReport, public Windows {
  public:
   std::vector<ShownBox> boxes;
   int events = 0;  // process_events calls

@@ -43,7 +43,7 @@ struct FormParts {
   BufferViewModel program_view = make_program_view();
   BufferViewModel eeprom_view = make_eeprom_view();
   Unit unit{driver, host};
-  MainForm form{{unit, host, store, state, tools, program_view, eeprom_view}};
+  MainForm form{{unit, host, host, store, state, tools, program_view, eeprom_view}};
 };
 
 struct PanelRig {
@@ -82,7 +82,7 @@ struct PanelRig {
   BufferViewModel program_view = make_program_view();
   BufferViewModel eeprom_view = make_eeprom_view();
   Unit opened{unit, host};  // the unit as the panel holds it
-  MainForm form{{opened, host, store, state, tools, program_view, eeprom_view}};
+  MainForm form{{opened, host, host, store, state, tools, program_view, eeprom_view}};
 };
 
 }  // namespace zenta::testing

@@ -36,7 +36,7 @@ class PanelRig {
     store.save(kSettingsApp, kPanelSection, kExactKey, "1");
     form = std::make_unique<MainForm>(parts);
     started = form->Form_Load();
-    windows = std::make_unique<PanelWindows>(*form, parts, host, true);
+    windows = std::make_unique<PanelWindows>(*form, parts, host, window_manager, true);
     main().show();
     settle();
   }
@@ -100,7 +100,8 @@ class PanelRig {
   BufferViewModel eeprom_view = make_eeprom_view();
   LinkBoxes link_boxes{host};
   Unit unit{sim, link_boxes};
-  PanelParts parts{unit, host, store, *state, tools, program_view, eeprom_view};
+  QtWindowManager window_manager;
+  PanelParts parts{unit, host, window_manager, store, *state, tools, program_view, eeprom_view};
   std::unique_ptr<MainForm> form;
   std::unique_ptr<PanelWindows> windows;
   bool started = false;

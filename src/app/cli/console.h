@@ -33,8 +33,6 @@ class Console : public Host, public LinkReport, public OperationReport {
   std::string save_file_dialog(const std::string&) override { return ""; }
   bool start_program(const std::string&, bool) override { return false; }
   bool open_url(const std::string&) override { return false; }
-  void show_window(WindowId) override {}
-  bool window_visible(WindowId) const override { return false; }
   std::string current_folder() const override;
 
   // LinkReport

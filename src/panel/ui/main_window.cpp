@@ -8,7 +8,8 @@
 
 namespace zenta {
 
-MainWindow::MainWindow(MainForm& form, QtHost& host, bool simulated) : form_(form), host_(host) {
+MainWindow::MainWindow(MainForm& form, QtHost& host, QtWindowManager& windows, bool simulated)
+    : form_(form), host_(host), windows_(windows) {
   setObjectName("ZENTA_form");
   setWindowTitle(simulated ? "ZENTA Control Panel (simulated unit)" : "ZENTA Control Panel");
 
@@ -241,7 +242,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     shut_down_ = true;
     timer1_.stop();
     form_.shutdown();
-    host_.windows().close_all();
+    windows_.close_all();
   }
   event->accept();
 }

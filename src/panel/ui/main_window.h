@@ -9,6 +9,7 @@
 #include <functional>
 
 #include "panel/main_form.h"
+#include "panel/ui/window_manager.h"
 #include "platform/qt_host.h"
 #include "platform/widgets.h"
 
@@ -37,7 +38,7 @@ inline constexpr int kProgressBesideStatus = 104;
 class MainWindow : public QMainWindow {
   Q_OBJECT
  public:
-  MainWindow(MainForm& form, QtHost& host, bool simulated);
+  MainWindow(MainForm& form, QtHost& host, QtWindowManager& windows, bool simulated);
 
   // Brings every control in line with the form's view. Cheap when nothing
   // changed: texts are compared before they are set.
@@ -72,6 +73,7 @@ class MainWindow : public QMainWindow {
 
   MainForm& form_;
   QtHost& host_;
+  QtWindowManager& windows_;
   QTimer timer1_;
   bool render_queued_ = false;
   bool close_pending_ = false;

@@ -55,7 +55,7 @@ void MainWindow::build_menus() {
     return [this, id, caption] { form_.open_instrument(id, caption); };
   };
   on(add_item(tool, "Convertor", "Convertor", QKeySequence(Qt::Key_F8)),
-     [this] { host_.show_window(WindowId::kConverter); });
+     [this] { windows_.show_window(WindowId::kConverter); });
   on(add_item(tool, "CALC", "Calculator"), [this] { start_calculator(host_); });
   on(add_item(tool, "LAview", "Logic View", QKeySequence(Qt::Key_F9)),
      instrument(WindowId::kLogicView, "Logic View"));
@@ -64,12 +64,12 @@ void MainWindow::build_menus() {
   on(add_item(tool, "CNT_MENU", "F-Counter", QKeySequence(Qt::Key_F12)),
      instrument(WindowId::kFrequencyCounter, "F-Counter"));
   on(add_item(tool, "CNT_MENU2", "Counter"), instrument(WindowId::kEventCounter, "Counter"));
-  on(add_item(tool, "System_Setup", "Setup"), [this] { host_.show_window(WindowId::kSetup); });
+  on(add_item(tool, "System_Setup", "Setup"), [this] { windows_.show_window(WindowId::kSetup); });
 
   QMenu* about = menu("ABOUT");
   on(add_item(about, "HELP", "HELP", QKeySequence(Qt::Key_F1)),
-     [this] { host_.show_window(WindowId::kHelp); });
-  on(add_item(about, "VER", "Information"), [this] { host_.show_window(WindowId::kVersion); });
+     [this] { windows_.show_window(WindowId::kHelp); });
+  on(add_item(about, "VER", "Information"), [this] { windows_.show_window(WindowId::kVersion); });
   on(add_item(about, "HomePage_OPEN", "HomePage"), [this] { form_.HomePage_Click(); });
 }
 

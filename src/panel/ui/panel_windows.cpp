@@ -14,54 +14,54 @@
 
 namespace zenta {
 
-PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host, bool simulated)
+PanelWindows::PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host,
+                           QtWindowManager& windows, bool simulated)
     : form_(form),
       parts_(parts),
       host_(host),
+      windows_(windows),
       logic_view_(parts.unit, parts.host),
-      main_(std::make_unique<MainWindow>(form, host, simulated)) {
+      main_(std::make_unique<MainWindow>(form, host, windows, simulated)) {
   MainWindow* main = main_.get();
-  QtWindowManager& windows = host_.windows();
   // Every other window is a window of its own that closes with the main one.
-  windows.set_factory(WindowId::kHelp, [this, main] {
+  windows_.set_factory(WindowId::kHelp, [this, main] {
     return new HelpWindow(host_, help_file_path(parts_.tools.AsmFolder), main);
   });
-  windows.set_factory(WindowId::kVersion, [this, main] {
+  windows_.set_factory(WindowId::kVersion, [this, main] {
     return new VersionWindow(host_, parts_.unit.FirmwareVersion(), homepage_url(parts_.settings),
                              main);
   });
-  windows.set_factory(WindowId::kSetup, [this, main] {
+  windows_.set_factory(WindowId::kSetup, [this, main] {
     return new SetupWindow(parts_.tools, parts_.settings, main);
   });
-  windows.set_factory(WindowId::kDataView, [this, main] {
+  windows_.set_factory(WindowId::kDataView, [this, main] {
     return new BufferViewer(parts_.program_view, kDataViewGeometry, "DATAVIEW", "Data buffer",
                             parts_.state.ProgramSize / 16, main);
   });
-  windows.set_factory(WindowId::kEepromView, [this, main] {
+  windows_.set_factory(WindowId::kEepromView, [this, main] {
     return new BufferViewer(parts_.eeprom_view, kEepromViewGeometry, "EEVIEW", "EEPROM Data buffer",
                             16, main);
   });
-  windows.set_factory(WindowId::kErrorView,
-                      [this, main] { return new ErrorWindow(form_.toolchain(), main); });
-  windows.set_factory(WindowId::kEditor,
-                      [this, main] { return new EditorWindow(form_.toolchain(), main); });
+  windows_.set_factory(WindowId::kErrorView,
+                       [this, main] { return new ErrorWindow(form_.toolchain(), main); });
+  windows_.set_factory(WindowId::kEditor,
+                       [this, main] { return new EditorWindow(form_.toolchain(), main); });
   main_->after_render = [this] { refresh_viewers(); };
   set_instrument_factories();
 }
 
 void PanelWindows::set_instrument_factories() {
   MainWindow* main = main_.get();
-  QtWindowManager& windows = host_.windows();
-  windows.set_factory(WindowId::kConverter, [main] { return new DataConvWindow(main); });
-  windows.set_factory(WindowId::kLogicView,
-                      [this, main] { return new LogicWindow(logic_view_, parts_.unit, main); });
-  windows.set_factory(WindowId::kVoltMeter, [this, main] {
+  windows_.set_factory(WindowId::kConverter, [main] { return new DataConvWindow(main); });
+  windows_.set_factory(WindowId::kLogicView,
+                       [this, main] { return new LogicWindow(logic_view_, parts_.unit, main); });
+  windows_.set_factory(WindowId::kVoltMeter, [this, main] {
     return new VoltMeterWindow(parts_.unit, parts_.host, parts_.settings, main);
   });
-  windows.set_factory(WindowId::kFrequencyCounter, [this, main] {
+  windows_.set_factory(WindowId::kFrequencyCounter, [this, main] {
     return new FrequencyCounterWindow(parts_.unit, parts_.host, main);
   });
-  windows.set_factory(WindowId::kEventCounter, [this, main] {
+  windows_.set_factory(WindowId::kEventCounter, [this, main] {
     return new EventCounterWindow(parts_.unit, parts_.host, main);
   });
 }
@@ -72,7 +72,7 @@ PanelWindows::~PanelWindows() {
                       WindowId::kEepromView, WindowId::kConverter, WindowId::kLogicView,
                       WindowId::kVoltMeter, WindowId::kFrequencyCounter, WindowId::kEventCounter,
                       WindowId::kErrorView, WindowId::kEditor}) {
-    host_.windows().set_factory(id, nullptr);
+    windows_.set_factory(id, nullptr);
   }
   host_.before_events = nullptr;
   host_.set_dialog_parent(nullptr);
@@ -81,7 +81,7 @@ PanelWindows::~PanelWindows() {
 
 void PanelWindows::refresh_viewers() {
   for (WindowId id : {WindowId::kDataView, WindowId::kEepromView}) {
-    if (auto* viewer = qobject_cast<BufferViewer*>(host_.windows().find(id))) viewer->refresh();
+    if (auto* viewer = qobject_cast<BufferViewer*>(windows_.find(id))) viewer->refresh();
   }
 }
 

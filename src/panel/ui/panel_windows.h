@@ -15,12 +15,14 @@ namespace zenta {
 class PanelWindows {
  public:
   // Call after MainForm's start-up, so the windows open on its state.
-  PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host, bool simulated);
+  PanelWindows(MainForm& form, const PanelParts& parts, QtHost& host, QtWindowManager& windows,
+               bool simulated);
   ~PanelWindows();
   PanelWindows(const PanelWindows&) = delete;
   PanelWindows& operator=(const PanelWindows&) = delete;
 
   MainWindow& main_window() { return *main_; }
+  QtWindowManager& windows() { return windows_; }
 
  private:
   void refresh_viewers();
@@ -29,6 +31,7 @@ class PanelWindows {
   MainForm& form_;
   PanelParts parts_;
   QtHost& host_;
+  QtWindowManager& windows_;
   // The logic view's samples outlive its window, as the panel keeps them.
   LogicView logic_view_;
   std::unique_ptr<MainWindow> main_;

@@ -54,28 +54,28 @@ bool save_with_title(QWidget* window, const QString& path) {
 }
 
 template <typename W>
-W* open(QtHost& host, WindowId id) {
-  return qobject_cast<W*>(host.windows().show(id));
+W* open(QtWindowManager& manager, WindowId id) {
+  return qobject_cast<W*>(manager.show(id));
 }
 
-void shoot(QtHost& host, WindowId id, QWidget* window, const QString& path, bool& ok) {
+void shoot(QtWindowManager& manager, WindowId id, QWidget* window, const QString& path, bool& ok) {
   ok &= save(window, path);
-  if (QWidget* open_window = host.windows().find(id)) open_window->close();
+  if (QWidget* open_window = manager.find(id)) open_window->close();
 }
 
 // Every instrument with something to show: a capture drawn, readings taken.
-bool save_instruments(QtHost& host, const QString& folder, sim::SimUnit* sim) {
+bool save_instruments(QtWindowManager& manager, const QString& folder, sim::SimUnit* sim) {
   bool ok = true;
-  if (auto* conv = open<DataConvWindow>(host, WindowId::kConverter)) {
+  if (auto* conv = open<DataConvWindow>(manager, WindowId::kConverter)) {
     conv->model().Text1 = "165";
     conv->model().Command1_Click();
     conv->model().Text3 = "A";
     conv->model().Command2_Click();
     conv->render();
   }
-  shoot(host, WindowId::kConverter, host.windows().find(WindowId::kConverter),
+  shoot(manager, WindowId::kConverter, manager.find(WindowId::kConverter),
         folder + "/converter.png", ok);
-  if (auto* la = open<LogicWindow>(host, WindowId::kLogicView)) {
+  if (auto* la = open<LogicWindow>(manager, WindowId::kLogicView)) {
     la->model().Command7_Click();
     la->render();
     ok &= save(la, folder + "/logicview.png");
@@ -87,20 +87,20 @@ bool save_instruments(QtHost& host, const QString& folder, sim::SimUnit* sim) {
     la->model().Command10_Click();
     la->render();
   }
-  shoot(host, WindowId::kLogicView, host.windows().find(WindowId::kLogicView),
+  shoot(manager, WindowId::kLogicView, manager.find(WindowId::kLogicView),
         folder + "/logicview-extended.png", ok);
   // The closed window goes first, so the view opens anew.
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-  if (auto* la = open<LogicWindow>(host, WindowId::kLogicView); la && sim) {
+  if (auto* la = open<LogicWindow>(manager, WindowId::kLogicView); la && sim) {
     // The second exchange of the capture, its first block, gets no answer.
     sim->fail_read_at(static_cast<int>(sim->trace().size()) + 2);
     if (la->model().extended) la->model().extend_Click();
     la->model().MAG_Check_Click(false);
     la->model().Command7_Click();
     la->render();
-    shoot(host, WindowId::kLogicView, la, folder + "/logicview-failed.png", ok);
+    shoot(manager, WindowId::kLogicView, la, folder + "/logicview-failed.png", ok);
   }
-  if (auto* vm = open<VoltMeterWindow>(host, WindowId::kVoltMeter)) {
+  if (auto* vm = open<VoltMeterWindow>(manager, WindowId::kVoltMeter)) {
     vm->model().Command_READ_Click();
     vm->model().Command_AUTO_Click();
     vm->render();
@@ -111,22 +111,22 @@ bool save_instruments(QtHost& host, const QString& folder, sim::SimUnit* sim) {
     vm->model().Volt_Bar_MouseDown();
     vm->render();
   }
-  shoot(host, WindowId::kVoltMeter, host.windows().find(WindowId::kVoltMeter),
+  shoot(manager, WindowId::kVoltMeter, manager.find(WindowId::kVoltMeter),
         folder + "/voltmeter-diagnostic.png", ok);
-  if (auto* f = open<FrequencyCounterWindow>(host, WindowId::kFrequencyCounter)) {
+  if (auto* f = open<FrequencyCounterWindow>(manager, WindowId::kFrequencyCounter)) {
     // Past 16 bits on the 100 mS gate: the widest reading, with the lamp.
     if (sim) sim->set_input_frequency(1300000);
     f->model().Command_READ_Click();
     f->render();
   }
-  shoot(host, WindowId::kFrequencyCounter, host.windows().find(WindowId::kFrequencyCounter),
+  shoot(manager, WindowId::kFrequencyCounter, manager.find(WindowId::kFrequencyCounter),
         folder + "/fcounter.png", ok);
-  if (auto* cnt = open<EventCounterWindow>(host, WindowId::kEventCounter)) {
+  if (auto* cnt = open<EventCounterWindow>(manager, WindowId::kEventCounter)) {
     cnt->model().Command_START_Click();
     cnt->model().Command_READ_Click();
     cnt->render();
   }
-  shoot(host, WindowId::kEventCounter, host.windows().find(WindowId::kEventCounter),
+  shoot(manager, WindowId::kEventCounter, manager.find(WindowId::kEventCounter),
         folder + "/counter.png", ok);
   return ok;
 }
@@ -135,6 +135,7 @@ bool save_instruments(QtHost& host, const QString& folder, sim::SimUnit* sim) {
 
 bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder,
                       sim::SimUnit* sim) {
+  QtWindowManager& manager = windows.windows();
   QDir().mkpath(folder);
   host.message_hook = [](const std::string& text, const std::string& title, MessageIcon) {
     std::cerr << title << ": " << text << '\n';
@@ -175,16 +176,16 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   for (const Shot& shot :
        {Shot{WindowId::kHelp, "help.png"}, Shot{WindowId::kVersion, "version.png"},
         Shot{WindowId::kSetup, "setup.png"}}) {
-    host.show_window(shot.id);
-    ok &= save(host.windows().find(shot.id), folder + "/" + shot.file);
-    if (QWidget* window = host.windows().find(shot.id)) window->close();
+    manager.show_window(shot.id);
+    ok &= save(manager.find(shot.id), folder + "/" + shot.file);
+    if (QWidget* window = manager.find(shot.id)) window->close();
   }
   main.run([&form] { form.BUFVIEWButton_Click(); });
-  ok &= save(host.windows().find(WindowId::kDataView), folder + "/dataview.png");
+  ok &= save(manager.find(WindowId::kDataView), folder + "/dataview.png");
   main.run([&form] { form.READ_EEPROM_Click(); });
-  ok &= save(host.windows().find(WindowId::kEepromView), folder + "/eeview.png");
+  ok &= save(manager.find(WindowId::kEepromView), folder + "/eeview.png");
   ok &= save(&main, folder + "/main-after.png");
-  ok &= save_instruments(host, folder, sim);
+  ok &= save_instruments(manager, folder, sim);
 
   // A source with a mistake, assembled: the error window lists the
   // assembler's messages, and the editor shows the source.
@@ -195,9 +196,9 @@ bool take_screenshots(PanelWindows& windows, QtHost& host, const QString& folder
   form.view().FilenameTextbox = source;
   main.run([&form] { form.ASSMButton_Click(); });
   for (int ticks = 0; form.toolchain().running() && ticks < 600; ++ticks) settle();
-  ok &= save(host.windows().find(WindowId::kErrorView), folder + "/errview.png");
+  ok &= save(manager.find(WindowId::kErrorView), folder + "/errview.png");
   main.run([&form] { form.EditorButton_Click(); });
-  ok &= save_with_title(host.windows().find(WindowId::kEditor), folder + "/editor.png");
+  ok &= save_with_title(manager.find(WindowId::kEditor), folder + "/editor.png");
 
   main.close();
   return ok;

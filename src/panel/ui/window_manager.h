@@ -7,11 +7,11 @@
 #include <functional>
 #include <map>
 
-#include "common/host.h"
+#include "panel/windows.h"
 
 namespace zenta {
 
-class QtWindowManager {
+class QtWindowManager : public Windows {
  public:
   using Factory = std::function<QWidget*()>;
 
@@ -24,6 +24,9 @@ class QtWindowManager {
   // The open window, or null.
   QWidget* find(WindowId id) const;
   bool visible(WindowId id) const;
+  // Shows the window; a beep when the panel has no such window.
+  void show_window(WindowId id) override;
+  bool window_visible(WindowId id) const override { return visible(id); }
   // Closes every window it keeps.
   void close_all();
 

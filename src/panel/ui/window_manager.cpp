@@ -1,4 +1,6 @@
-#include "platform/qt_window_manager.h"
+#include "panel/ui/window_manager.h"
+
+#include <QApplication>
 
 namespace zenta {
 
@@ -25,6 +27,10 @@ QWidget* QtWindowManager::show(WindowId id) {
   window->raise();
   window->activateWindow();
   return window;
+}
+
+void QtWindowManager::show_window(WindowId id) {
+  if (!show(id)) QApplication::beep();
 }
 
 QWidget* QtWindowManager::find(WindowId id) const {
