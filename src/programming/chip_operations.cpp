@@ -57,21 +57,21 @@ void ChipOperations::WRITE_PROG() {
     // a row of blank words is stepped over without loads or a cycle. A word
     // whose high byte is not a 14-bit value (0x40 or more) is not blank and
     // is sent as it stands.
-    const int rows = (highest_write_word(mode, last) + 1) / 8;
+    const int rows = (highest_write_word(mode, last) + 1) / kRowWords;
     int a = 0;
     int row = 0;
     do {
       report_.current_address(a);
       int blanks = 0;
-      for (int i = 0; i < 8; ++i, ++a) {
+      for (int i = 0; i < kRowWords; ++i, ++a) {
         if (state_.word(a) == kBlankWord) {
           ++blanks;
         } else {
           link_.SENDCMD(ICSP_LOAD_DATA, buffer[2 * a + 1], buffer[2 * a]);
         }
-        if (i != 7) link_.SENDCMD(ICSP_INC_ADDR, 1);
+        if (i != kRowWords - 1) link_.SENDCMD(ICSP_INC_ADDR, 1);
       }
-      if (blanks != 8) {
+      if (blanks != kRowWords) {
         if (!may_program()) break;
         link_.SENDCMD(ICSP_BEGIN_PROG_ONLY);
         link_.SENDCMD(ICSP_END_PROG);

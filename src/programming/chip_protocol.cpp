@@ -90,7 +90,7 @@ std::vector<Packet> erase_packets(const std::string& erase_mode) {
 }
 
 int highest_write_word(const std::string& write_mode, std::int16_t last_address) {
-  if (write_mode == "0") return last_address < 0 ? 7 : (last_address | 7);
+  if (write_mode == "0") return last_address < 0 ? kRowWords - 1 : (last_address | (kRowWords - 1));
   if (write_mode == "1" || write_mode == "2") return last_address + 1;
   return -1;
 }

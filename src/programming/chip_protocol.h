@@ -41,6 +41,9 @@ std::vector<Packet> erase_packets(const std::string& erase_mode);
 // Highest program word the write procedure of `write_mode` sends for this
 // last address: the word after it for the word-by-word modes, the end of
 // its row of eight for the row mode, -1 when the mode writes nothing.
+// Words the row-programming chips latch before one programming cycle.
+inline constexpr int kRowWords = 8;
+
 int highest_write_word(const std::string& write_mode, std::int16_t last_address);
 // Highest program word the verify compares: the one before the last
 // address, or the first group of four when the last address is 0 or less.

@@ -69,7 +69,7 @@ void MainWindow::connect_text(QLineEdit* box, std::string MainView::*field,
 }
 
 void MainWindow::connect_controls() {
-  for (int i = 0; i < 8; ++i) {
+  for (int i = 0; i < kDeviceCount; ++i) {
     // Clicks only: the panel checks the buttons itself when it renders.
     connect(picsel_[i], &QRadioButton::clicked, this,
             [this, i] { run([this, i] { form_.PICsel_Click(i); }); });
@@ -129,7 +129,7 @@ void MainWindow::render() {
   if (shut_down_) return;
   const MainView& view = form_.view();
 
-  for (int i = 0; i < 8; ++i) {
+  for (int i = 0; i < kDeviceCount; ++i) {
     if (picsel_[i]->isChecked() != (view.PICsel == i)) {
       // Unchecking one button of an exclusive group needs the group's
       // exclusivity lifted for a moment (no button may be checked before

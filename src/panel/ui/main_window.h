@@ -83,7 +83,7 @@ class MainWindow : public QMainWindow {
 
   // Device and configuration.
   QGroupBox* frame1_ = nullptr;
-  std::array<QRadioButton*, 8> picsel_{};
+  std::array<QRadioButton*, kDeviceCount> picsel_{};
   QGroupBox* frame2_ = nullptr;
   std::array<QRadioButton*, 4> oscsel_{};
   QCheckBox* wdtsel_ = nullptr;

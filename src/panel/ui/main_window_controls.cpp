@@ -31,7 +31,7 @@ void MainWindow::build_option_controls(QWidget* panel) {
   frame1_ = new QGroupBox("PIC Select", panel);
   frame1_->setObjectName("Frame1");
   frame1_->setGeometry(8, 2, 240, 154);
-  for (int i = 0; i < 8; ++i) {
+  for (int i = 0; i < kDeviceCount; ++i) {
     const std::string name = "PICsel_" + std::to_string(i);
     // Entries 0 to 5 in the first column; 6 and 7 in the second, with the
     // 12F629/675's twins named under entry 6.
