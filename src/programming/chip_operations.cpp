@@ -46,7 +46,8 @@ void ChipOperations::set_led(bool on) {
   report_.led(on);
 }
 
-void ChipOperations::WRITE_PROG() {
+void ChipOperations::WRITE_PROG(const WriteLimits& limits) {
+  const int chip_words = limits.chip_words;
   report_.notes("Write", kWhite);
   enter_programming_mode(link_);
   const std::int16_t last = state_.LastAddress;
@@ -88,7 +89,7 @@ void ChipOperations::WRITE_PROG() {
     const int end = chip_words > 0 ? std::min(last + 1, chip_words - 1) : last + 1;
     for (int a = 0; a <= end; ++a) {
       report_.current_address(a);
-      if (!step_over_blank_words || state_.word(a) != kBlankWord) {
+      if (!limits.step_over_blank_words || state_.word(a) != kBlankWord) {
         link_.SENDCMD(ICSP_LOAD_DATA, buffer[2 * a + 1], buffer[2 * a]);
         if (!may_program()) break;
         link_.SENDCMD(cycle);

@@ -37,6 +37,17 @@ struct ConfigResult {
   int read_back = -1;    // the word read back, -1 when nothing was sent
 };
 
+// What safe mode asks of a write beyond the documented walk.
+struct WriteLimits {
+  // In the word-by-word modes, a blank word after the erase gets only its
+  // address step, no load and no programming cycle: a safe write's range
+  // may then run to the chip's end without touching what lies past it.
+  bool step_over_blank_words = false;
+  // The memory of the chip that answered, in words: the address walk never
+  // passes it. 0 for no limit (the documented walk).
+  int chip_words = 0;
+};
+
 struct DeviceIdResult {
   int id = 0;  // high byte x 256 + low byte as read
   std::string name;
@@ -61,7 +72,7 @@ class ChipOperations {
   OperationReport& report() { return report_; }
 
   // Words 0 up to LastAddress by the device's WriteMode.
-  void WRITE_PROG();
+  void WRITE_PROG(const WriteLimits& limits = {});
   // Words 0 up to LastAddress against ProgramBuffer, four per read.
   VerifyResult VERIFY_PROG();
   // ConfigHigh()/ConfigLow() to 0x2007, then read back.
@@ -83,11 +94,6 @@ class ChipOperations {
   void CHIP_ERASE();
   void erase_with(EraseAlgorithm erase);
 
-  // In the word-by-word modes, a blank word after the erase gets only its
-  // address step, no load and no programming cycle: a safe write's range
-  // may then run to the chip's end without touching what lies past it.
-  bool step_over_blank_words = false;
-
   // Safe mode's way out: a supply-off or leave-programming-mode exchange
   // that failed is tried again, so one glitch never leaves the target
   // powered or MCLR at Vpp.
@@ -97,9 +103,6 @@ class ChipOperations {
   // would program is not the one meant), and the operation ends at its
   // next step.
   bool stop_on_failure = false;
-  // The memory of the chip that answered, in words: the write's address
-  // walk never passes it. 0 for no limit (the documented walk).
-  int chip_words = 0;
   void fail_mark() { failures_mark_ = link_.failures(); }
   bool failed_since_mark() const { return link_.failures() != failures_mark_; }
   // Whether a programming or erase cycle may be sent now.

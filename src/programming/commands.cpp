@@ -43,7 +43,8 @@ bool write_range_ok(const ProgrammerState& state, std::int16_t last_address) {
 }  // namespace
 
 CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address,
-                        const std::function<void(CommandResult&)>& erase_step) {
+                        const std::function<void(CommandResult&)>& erase_step,
+                        const WriteLimits& limits) {
   ProgrammerState& state = ops.state();
   if (state.WaitTicks != 0) return refused();
   if (state.DataLoaded == 0) {
@@ -67,7 +68,7 @@ CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_ad
     } else {
       ops.CHIP_ERASE();
     }
-    if (!ops.stop_requested()) ops.WRITE_PROG();
+    if (!ops.stop_requested()) ops.WRITE_PROG(limits);
   }
   result.stopped = ops.stop_requested();
   if (!result.stopped) result.mismatch = ops.VERIFY_PROG().mismatch;

@@ -46,7 +46,8 @@ struct CommandResult {
 // before the erase erases nothing; in safe mode a configuration write whose exchanges failed is
 // tried again.
 CommandResult run_write(ChipOperations& ops, std::optional<std::int16_t> last_address,
-                        const std::function<void(CommandResult&)>& erase_step = {});
+                        const std::function<void(CommandResult&)>& erase_step = {},
+                        const WriteLimits& limits = {});
 // VERIFY: compares up to LastAddress as it stands.
 CommandResult run_verify(ChipOperations& ops);
 // ERASE: the device's erase with the supply on.

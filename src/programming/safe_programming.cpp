@@ -292,15 +292,10 @@ void restore_calibration(ChipOperations& ops, const Preflight& preflight, Comman
 class CheckedScope {
  public:
   explicit CheckedScope(ChipOperations& ops) : ops_(ops) {
-    ops.step_over_blank_words = true;
     ops.stop_on_failure = true;
     ops.fail_mark();
   }
-  ~CheckedScope() {
-    ops_.step_over_blank_words = false;
-    ops_.stop_on_failure = false;
-    ops_.chip_words = 0;
-  }
+  ~CheckedScope() { ops_.stop_on_failure = false; }
   CheckedScope(const CheckedScope&) = delete;
   CheckedScope& operator=(const CheckedScope&) = delete;
 
@@ -330,13 +325,15 @@ CommandResult run_checked_write(ChipOperations& ops, const ChipTarget& target,
   CheckedScope scope(ops);
   preflight = preflight_write(ops, target);
   if (preflight.refused) return refused_result();
-  ops.chip_words = preflight.program_words;
   const int range = last ? std::clamp(*last, 0, preflight.program_words) : preflight.last_address;
   const bool calibrated = preflight.chip && preflight.chip->calibrated();
-  return run_write(ops, static_cast<std::int16_t>(range), [&](CommandResult& result) {
-    erase_chip(ops, preflight);
-    if (calibrated) restore_calibration(ops, preflight, result);
-  });
+  return run_write(
+      ops, static_cast<std::int16_t>(range),
+      [&](CommandResult& result) {
+        erase_chip(ops, preflight);
+        if (calibrated) restore_calibration(ops, preflight, result);
+      },
+      WriteLimits{true, preflight.program_words});
 }
 
 CommandResult run_checked_erase(ChipOperations& ops, const ChipTarget& target,

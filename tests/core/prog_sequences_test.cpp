@@ -81,7 +81,7 @@ TEST(ChipOperations, WriteVerifyAndIdentificationSequences) {
     blank_program_image(rig.state);
     for (auto [w, value] : c.image) rig.state.set_word(w, value);
     rig.state.LastAddress = static_cast<std::int16_t>(c.last_address);
-    if (c.op == 'w') rig.run(&ChipOperations::WRITE_PROG);
+    if (c.op == 'w') rig.run([](ChipOperations& ops) { ops.WRITE_PROG(); });
     if (c.op == 'v') rig.run(&ChipOperations::VERIFY_PROG);
     if (c.op == 'i') rig.form.Command_ID_Click();
     EXPECT_EQ(rig.sent(), seq(kEnter, c.body, kLeaveWrite));
