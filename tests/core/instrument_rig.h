@@ -11,24 +11,31 @@
 
 namespace zenta::testing {
 
+// Eight packet bytes as "36 01 01 00 00 00 00 00"; bytes not given are 0.
+template <typename Bytes>
+std::string packet_text(const Bytes& bytes) {
+  std::string text;
+  for (int i = 0; i < 8; ++i) {
+    const int byte = i < static_cast<int>(std::size(bytes)) ? std::data(bytes)[i] : 0;
+    text += "0123456789ABCDEF"[byte >> 4];
+    text += "0123456789ABCDEF"[byte & 15];
+    if (i < 7) text += ' ';
+  }
+  return text;
+}
+inline std::string packet_text(std::initializer_list<int> bytes) {
+  return packet_text<std::initializer_list<int>>(bytes);
+}
+
 struct InstrumentRig {
   sim::SimUnit sim;
   FakeHost host;
   Unit unit{sim, host};
 
-  // The packets sent since the last call, as "36 01 01 00 00 00 00 00".
+  // The packets sent since the last call.
   std::vector<std::string> packets() {
     std::vector<std::string> texts;
-    for (const sim::Exchange& exchange : sim.trace()) {
-      std::string text;
-      for (std::uint8_t byte : exchange.tx) {
-        static const char* digits = "0123456789ABCDEF";
-        if (!text.empty()) text += ' ';
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-      }
-      texts.push_back(text);
-    }
+    for (const sim::Exchange& exchange : sim.trace()) texts.push_back(packet_text(exchange.tx));
     sim.clear_trace();
     return texts;
   }

@@ -1,6 +1,8 @@
 // The simulated unit's logic and frequency inputs.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "instrument_rig.h"
 #include "instruments/logic_view.h"
 #include "platform/driver_factory.h"
@@ -16,49 +18,30 @@ std::string first_samples(const std::vector<bool>& samples, std::size_t count) {
   return text;
 }
 
+// Each level of `levels` repeated `times` times.
+std::string held(const std::string& levels, std::size_t times) {
+  std::string text;
+  for (char level : levels) text.append(times, level);
+  return text;
+}
+
 // The input sends "ZENTA" at 1000 baud (10 ticks of 0.1 ms a bit) after
 // idling high; 'Z' is 0x5A, sent least significant bit first: 0 1 0 1 1 0 1 0.
 TEST(SimLogicInput, CaptureStartsAtTheTriggerEdgeAndFollowsThePeriod) {
-  struct Row {
-    std::uint8_t period;
-    bool pos;
-    std::string first;
-  };
-  const std::string start_bit(10, '0');
-  const Row rows[] = {
-      // NEG: the start bit's falling edge, then the bits of 'Z'.
-      {1, false, start_bit + std::string(10, '0') + std::string(10, '1') + std::string(10, '0')},
-      {0, false, start_bit + std::string(10, '0') + std::string(10, '1')},
-      {2, false,
-       "00000"
-       "00000"
-       "11111"
-       "00000"
-       "11111"
-       "11111"},
-      {5, false,
-       "00"
-       "00"
-       "11"
-       "00"
-       "11"
-       "11"
-       "00"
-       "11"
-       "00"
-       "11"},
-      // POS: the first rising edge is bit 1 of 'Z'.
-      {1, true, std::string(10, '1') + std::string(10, '0') + std::string(20, '1')},
-      {10, true,
-       "1011010"
-       "1"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(std::to_string(row.period) + (row.pos ? " POS" : " NEG"));
+  for (const auto& [period, pos, first] : std::vector<std::tuple<std::uint8_t, bool, std::string>>{
+           // NEG: the start bit's falling edge, then the bits of 'Z'.
+           {1, false, held("0010", 10)},
+           {0, false, held("001", 10)},
+           {2, false, held("001011", 5)},
+           {5, false, held("0010110101", 2)},
+           // POS: the first rising edge is bit 1 of 'Z'.
+           {1, true, held("1011", 10)},
+           {10, true, "10110101"}}) {
+    SCOPED_TRACE(std::to_string(period) + (pos ? " POS" : " NEG"));
     InstrumentRig rig;
-    const LaCapture result = capture(rig.unit, row.period, row.pos);
+    const LaCapture result = capture(rig.unit, period, pos);
     ASSERT_EQ(result.result, ExchangeResult::kDone);
-    EXPECT_EQ(first_samples(capture_samples(result.bytes), row.first.size()), row.first);
+    EXPECT_EQ(first_samples(capture_samples(result.bytes), first.size()), first);
     EXPECT_TRUE(std::all_of(result.bytes.begin() + 60, result.bytes.end(),
                             [](std::uint8_t b) { return b == 0; }));
   }
@@ -76,25 +59,20 @@ TEST(SimLogicInput, PwmAfterTheTextIsHighForAQuarterOfEachPeriod) {
 // for gate byte 0, 1 s for any other; past 16 bits the count keeps its low
 // 16 bits and the over-range flag is set.
 TEST(SimFrequencyInput, UnitTextSetsItAndTheGateCountsIt) {
-  const struct {
-    const char* unit;
-    std::uint8_t gate;
-    std::uint16_t count;
-    bool over;
-  } rows[] = {{"sim:16F877A,freq=1000", 1, 1000, false},
-              {"sim:16F628A,freq=70000", 1, 70000 - 65536, true},
-              {"sim:16F877A", 7, 12500, false},
-              {"sim:16F877A,freq=655350", 0, 0xFFFF, false},
-              {"sim:16F877A,freq=700000", 0, 0x1170, true}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.unit);
-    DriverChoice choice = make_driver(row.unit);
+  for (const auto& [unit_text, gate, count, over] :
+       std::vector<std::tuple<const char*, std::uint8_t, std::uint16_t, bool>>{
+           {"sim:16F877A,freq=1000", 1, 1000, false},
+           {"sim:16F628A,freq=70000", 1, 70000 - 65536, true},
+           {"sim:16F877A", 7, 12500, false},
+           {"sim:16F877A,freq=655350", 0, 0xFFFF, false},
+           {"sim:16F877A,freq=700000", 0, 0x1170, true}}) {
+    SCOPED_TRACE(unit_text);
+    DriverChoice choice = make_driver(unit_text);
     ASSERT_NE(choice.driver, nullptr) << choice.error;
     testing::FakeHost host;
     Unit unit(*choice.driver, host);
-    const MeterReply reply = measure_frequency(unit, row.gate);
-    EXPECT_EQ(reply.value, row.count);
-    EXPECT_EQ(reply.over_range, row.over);
+    const MeterReply reply = measure_frequency(unit, gate);
+    EXPECT_EQ(std::tuple(reply.value, reply.over_range), std::tuple(count, over));
   }
   for (const char* bad : {"sim:16F877A,freq=", "sim:16F877A,freq=12k"}) {
     EXPECT_NE(make_driver(bad).error.find("freq"), std::string::npos) << bad;
