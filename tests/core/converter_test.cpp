@@ -1,20 +1,17 @@
 // The data converter, driven as its buttons drive it.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "converter/data_conv.h"
 
 namespace zenta {
 namespace {
 
-struct ConvRow {
-  const char* dec;   // typed into DEC, then CNV>>
-  const char* hex;   // expected HEX
-  const char* bits;  // expected bit display
-  const char* back;  // DEC after <<CNV on that HEX
-};
-
 TEST(DataConv, DecimalToHexAndBack) {
-  const ConvRow rows[] = {
+  // Typed into DEC, then CNV>>: the HEX and the bits shown; DEC after <<CNV.
+  using Row = std::tuple<const char*, const char*, const char*, const char*>;
+  const Row rows[] = {
       {"255", "FF", "1111 1111", "255"},
       {"-1", "FFFFFFFF", "1111 1111", "-1"},
       {"12.5", "C", "0000 1100", "12"},
@@ -32,70 +29,57 @@ TEST(DataConv, DecimalToHexAndBack) {
       {"4294967296", "Overflow", "0000 0000", "0"},
   };
   DataConv conv;  // each opening clears every field
-  for (const ConvRow& row : rows) {
-    SCOPED_TRACE(row.dec);
+  for (const auto& [dec, hex, bits, back] : rows) {
+    SCOPED_TRACE(dec);
     conv.Text3 = "A";
     conv.Text4 = "41";
     conv.Form_Load();
     EXPECT_EQ(conv.Text1 + conv.Text2 + conv.Text3 + conv.Text4, "");
     EXPECT_EQ(conv.Label_bit, "0000 0000");
-    conv.Text1 = row.dec;
+    conv.Text1 = dec;
     conv.Command1_Click();
-    EXPECT_EQ(conv.Text2, row.hex);
-    EXPECT_EQ(conv.Label_bit, row.bits);
+    EXPECT_EQ(std::tie(conv.Text2, conv.Label_bit), std::tuple(hex, bits));
     conv.Command3_Click();
-    EXPECT_EQ(conv.Text1, row.back);
+    EXPECT_EQ(conv.Text1, back);
   }
 }
 
 TEST(DataConv, TypedHexRunsTheBitDisplayAndReadsBack) {
-  struct Row {
-    const char* hex;
-    const char* bits;
-    const char* dec;
-  };
-  const Row rows[] = {
+  // Typed into HEX: the bits shown, and DEC after <<CNV.
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"FF", "1111 1111", "255"},      {"FFFF", "1111 1111", "-1"},
       {"8000", "0000 0000", "-32768"}, {"10000", "0000 0000", "65536"},
       {"1G", "0000 0001", "1"},        {"1a5", "1010 0101", "421"},
       {"", "0000 0000", "0"},          {"12345", "0100 0101", "74565"},
       {"123456789", "0000 0000", "0"}, {"7fffffff", "1111 1111", "2147483647"},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.hex);
+  for (const auto& [hex, bits, dec] : rows) {
     DataConv conv;
     conv.Form_Load();
     conv.Label_bit = "x";
-    conv.Text2_Change(row.hex);
-    EXPECT_EQ(conv.Label_bit, row.bits);
+    conv.Text2_Change(hex);
+    EXPECT_EQ(conv.Label_bit, bits) << hex;
     conv.Label_bit = "untouched";
     conv.Command3_Click();
-    EXPECT_EQ(conv.Text1, row.dec);
-    EXPECT_EQ(conv.Label_bit, "untouched");
+    EXPECT_EQ(std::tie(conv.Text1, conv.Label_bit), std::tuple(dec, "untouched")) << hex;
   }
 }
 
 TEST(DataConv, CharactersAndCodes) {
-  struct Row {
-    const char* character;
-    const char* code;
-  };
   // Both ways: the character's code, and the code's character.
-  const Row rows[] = {{"A", "41"},
-                      {"a", "61"},
-                      {" ", "20"},
-                      {"\xC3\xA9", "E9"},
-                      {"\xE2\x82\xAC", "20AC"},
-                      {"\xF0\x9F\x98\x80", "1F600"}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.code);
+  for (const auto& [character, code] : {std::pair{"A", "41"},
+                                        {"a", "61"},
+                                        {" ", "20"},
+                                        {"\xC3\xA9", "E9"},
+                                        {"\xE2\x82\xAC", "20AC"},
+                                        {"\xF0\x9F\x98\x80", "1F600"}}) {
     DataConv conv;
-    conv.Text3 = row.character;
+    conv.Text3 = character;
     conv.Command2_Click();
-    EXPECT_EQ(conv.Text4, row.code);
+    EXPECT_EQ(conv.Text4, code);
     conv.Text3 = "?";
     conv.Command4_Click();
-    EXPECT_EQ(conv.Text3, row.character);
+    EXPECT_EQ(conv.Text3, character) << code;
   }
   // Only the first character counts.
   DataConv conv;

@@ -1,6 +1,8 @@
 // Choosing the unit's driver, and the libusb driver where there is one.
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "link/sim/sim_unit.h"
 #include "platform/driver_factory.h"
 #ifdef ZENTA_HAVE_LIBUSB
@@ -11,9 +13,8 @@ namespace zenta {
 namespace {
 
 TEST(DriverFactoryTest, ChoosesTheDriverOfTheUnitNamedOrSaysWhyNot) {
-  struct Case {
-    const char *unit, *sim_chip, *error;  // sim_chip nullptr: no simulated unit; error "": a driver
-  };
+  // The unit text; the simulated unit's chip (nullptr: none) and the error ("": a driver).
+  using Case = std::tuple<const char*, const char*, const char*>;
   const Case cases[] = {
       {"sim", "16F877A", ""},
       {"sim:12f675", "12F675", ""},
@@ -28,15 +29,15 @@ TEST(DriverFactoryTest, ChoosesTheDriverOfTheUnitNamedOrSaysWhyNot) {
       {"usb", nullptr, "no USB driver"},
 #endif
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.unit);
-    const DriverChoice choice = make_driver(c.unit);
-    EXPECT_EQ(choice.driver != nullptr, *c.error == '\0');
-    EXPECT_NE(choice.error.find(c.error), std::string::npos) << choice.error;
-    EXPECT_EQ(choice.error.empty(), *c.error == '\0') << choice.error;
-    EXPECT_EQ(choice.simulated, c.sim_chip != nullptr);
+  for (const auto& [unit, sim_chip, error] : cases) {
+    SCOPED_TRACE(unit);
+    const DriverChoice choice = make_driver(unit);
+    EXPECT_EQ(choice.driver != nullptr, *error == '\0');
+    EXPECT_NE(choice.error.find(error), std::string::npos) << choice.error;
+    EXPECT_EQ(choice.error.empty(), *error == '\0') << choice.error;
+    EXPECT_EQ(choice.simulated, sim_chip != nullptr);
     const auto* sim = dynamic_cast<sim::SimUnit*>(choice.driver.get());
-    EXPECT_STREQ(sim ? sim->chip().name.c_str() : nullptr, c.sim_chip);
+    EXPECT_STREQ(sim ? sim->chip().name.c_str() : nullptr, sim_chip);
   }
   EXPECT_NE(make_driver("sim:x").error.find("16F628A"), std::string::npos)
       << "an unknown chip's message lists the chips there are";
@@ -45,16 +46,13 @@ TEST(DriverFactoryTest, ChoosesTheDriverOfTheUnitNamedOrSaysWhyNot) {
 // Faults named in the unit text strike the exchange they name: the results
 // of six write/read pairs, 8 for success.
 TEST(DriverFactoryTest, SimulatedFaultsFromTheUnitText) {
-  struct Case {
-    const char* unit;
-    std::vector<std::pair<int, int>> results;  // write, read of exchanges 1..6
-    const char* error;
-  };
-  const std::pair<int, int> ok{8, 8};
+  // The unit text; write and read results of exchanges 1..6, and the error.
+  using Case = std::tuple<const char*, std::vector<std::pair<int, int>>, const char*>;
+  const std::pair<int, int> ok{8, 8}, gone{-1, -1};
   const Case cases[] = {
       {"sim:16F877A,fail-read=3", {ok, ok, {8, 0}, ok, ok, ok}, ""},
       {"sim,fail-write=2,short-read=5", {ok, {0, 8}, ok, ok, {8, 7}, ok}, ""},
-      {"sim:12F675,unplug=4", {ok, ok, ok, {-1, -1}, {-1, -1}, {-1, -1}}, ""},
+      {"sim:12F675,unplug=4", {ok, ok, ok, gone, gone, gone}, ""},
       {"sim:16F877A,fail-read=0", {}, "needs an exchange number from 1, not '0'"},
       {"sim:16F877A,fail-read=3x", {}, "not '3x'"},
       {"sim:16F877A,fail-read", {}, "not ''"},
@@ -66,17 +64,15 @@ TEST(DriverFactoryTest, SimulatedFaultsFromTheUnitText) {
       {"sim:16F877A,", {}, "unknown option ''"},
       {"sim:16F999,fail-read=1", {}, "unknown chip '16F999'"},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.unit);
-    DriverChoice choice = make_driver(c.unit);
-    EXPECT_NE(choice.error.find(c.error), std::string::npos) << choice.error;
-    ASSERT_EQ(choice.driver != nullptr, *c.error == '\0') << choice.error;
-    if (!choice.driver) continue;
+  for (const auto& [unit, results, error] : cases) {
+    SCOPED_TRACE(unit);
+    DriverChoice choice = make_driver(unit);
+    EXPECT_NE(choice.error.find(error), std::string::npos) << choice.error;
+    ASSERT_EQ(choice.driver != nullptr, *error == '\0') << choice.error;
     std::uint8_t packet[8] = {0x3F};
-    for (std::size_t n = 0; n < c.results.size(); ++n) {
+    for (std::size_t n = 0; n < results.size(); ++n) {
       const int written = choice.driver->write(packet, 8);
-      const int read = choice.driver->read(packet, 8);
-      EXPECT_EQ(std::make_pair(written, read), c.results[n]) << "exchange " << n + 1;
+      EXPECT_EQ(std::pair(written, choice.driver->read(packet, 8)), results[n]) << "exchange " << n;
     }
   }
 }
@@ -98,7 +94,6 @@ TEST(UsbDriverTest, NoUnitGivesOpenErrorAndNothingIsOpen) {
   EXPECT_EQ(driver.write(packet, 8), kDriverNotOpen);
   EXPECT_EQ(driver.read(packet, 8), kDriverNotOpen);
   EXPECT_EQ(driver.open(), kDriverOpenError) << "a second try starts over";
-  driver.close();
 }
 #endif
 

