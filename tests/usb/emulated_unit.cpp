@@ -27,11 +27,7 @@ constexpr std::uint8_t kIn = 0x81;
 
 std::string hex(const std::vector<std::uint8_t>& bytes) {
   std::string text;
-  char digits[3];
-  for (std::uint8_t b : bytes) {
-    std::snprintf(digits, sizeof digits, "%02X", b);
-    text += digits;
-  }
+  for (std::uint8_t b : bytes) text += {"0123456789ABCDEF"[b >> 4], "0123456789ABCDEF"[b & 15]};
   return text;
 }
 
@@ -55,9 +51,7 @@ struct SharedBus {
   void leave(int port) {
     std::lock_guard lock(mutex);
     used[static_cast<std::size_t>(port - 1)] = false;
-    for (bool in_use : used) {
-      if (in_use) return;
-    }
+    if (std::find(used.begin(), used.end(), true) != used.end()) return;
     g_object_unref(testbed);
     testbed = nullptr;
   }
@@ -107,10 +101,7 @@ struct Urb {
 std::vector<std::uint8_t> string_descriptor(int index, const std::string& serial) {
   if (index == 0) return {4, 0x03, 0x09, 0x04};
   std::vector<std::uint8_t> bytes{std::uint8_t(2 + 2 * serial.size()), 0x03};
-  for (char c : serial) {
-    bytes.push_back(static_cast<std::uint8_t>(c));
-    bytes.push_back(0);
-  }
+  for (char c : serial) bytes.insert(bytes.end(), {static_cast<std::uint8_t>(c), 0});
   return bytes;
 }
 
@@ -125,11 +116,9 @@ struct EmulatedUnit::Impl {
   std::string serial;
   UMockdevTestbed* testbed = nullptr;
   int port = 0;
-  std::string sys_path;
-  std::string dev_node;  // inside the test bed
+  std::string sys_path, dev_node;  // inside the test bed
   UMockdevIoctlBase* handler = nullptr;
-  std::string node_path;
-  std::string socket_path;
+  std::string node_path, socket_path;
   Faults faults;
   Seen seen;
 
@@ -137,9 +126,7 @@ struct EmulatedUnit::Impl {
   std::deque<Reply> in_buffer;  // replies the host has not fetched
   std::vector<Urb> pending;     // submitted, not done
   std::deque<Urb> done;         // done, waiting to be reaped
-  bool out_halted = false;
-  bool in_halted = false;
-  bool gone = false;
+  bool out_halted = false, in_halted = false, gone = false;
   int exchanges = 0;
   bool late_held = false;
   Reply late_reply{};
@@ -189,7 +176,7 @@ struct EmulatedUnit::Impl {
     }
     exchanges = exchange;
     seen.last_packet = std::chrono::steady_clock::now();
-    if (exchange == 1) seen.first_packet = seen.last_packet;
+    if (unit.trace().empty()) seen.first_packet = seen.last_packet;
     unit.write(urb.buffer->data, 8);
     Reply reply{};
     unit.read(reply.data(), 8);
@@ -211,38 +198,29 @@ struct EmulatedUnit::Impl {
       return;
     }
     // The kernel refuses a transfer of another type than the endpoint's.
-    if (fields->type != urb_type) {
+    const bool out = fields->endpoint == kOut;
+    const int refused = fields->type != urb_type                             ? EINVAL
+                        : gone || (out && exchanges + 1 >= faults.unplug_at) ? ENODEV
+                                                                             : 0;
+    if (refused != 0) {
+      gone = gone || refused == ENODEV;
       g_object_unref(data);
-      umockdev_ioctl_client_complete(client, -1, EINVAL);
-      return;
-    }
-    if (gone || (fields->endpoint == kOut && exchanges + 1 >= faults.unplug_at)) {
-      gone = true;
-      g_object_unref(data);
-      umockdev_ioctl_client_complete(client, -1, ENODEV);
+      umockdev_ioctl_client_complete(client, -1, refused);
       return;
     }
     const Urb urb = take(client, data);
-    if (fields->endpoint == kOut) {
-      if (!out_halted && exchanges + 1 == faults.out_stall_at) {
-        out_halted = true;
-        faults.out_stall_at = kNever;
-      }
-      if (out_halted) {
-        finish(urb, -EPIPE, 0);
-      } else {
-        take_packet(urb);
-      }
+    bool& halted = out ? out_halted : in_halted;
+    int& stall_at = out ? faults.out_stall_at : faults.in_stall_at;
+    if (!halted && (out ? exchanges + 1 : exchanges) == stall_at) {
+      halted = true;
+      stall_at = kNever;
+    }
+    if (halted) {
+      finish(urb, -EPIPE, 0);
+    } else if (out) {
+      take_packet(urb);
     } else {
-      if (!in_halted && exchanges == faults.in_stall_at) {
-        in_halted = true;
-        faults.in_stall_at = kNever;
-      }
-      if (in_halted) {
-        finish(urb, -EPIPE, 0);
-      } else {
-        pending.push_back(urb);
-      }
+      pending.push_back(urb);
     }
     deliver();
   }
@@ -387,34 +365,29 @@ EmulatedUnit::EmulatedUnit(sim::SimUnit& unit, std::uint16_t vendor, std::uint16
                            EndpointKind kind, const std::string& serial, const Faults& faults)
     : impl_(std::make_unique<Impl>(unit, kind, serial)) {
   std::tie(impl_->testbed, impl_->port) = shared_bus().join();
-  const int devnum = impl_->port + 1;  // the root hub is 1
-  char text[64];
-  std::snprintf(text, sizeof text, "%03d", devnum);
-  const std::string devnum_text = text;
-  impl_->dev_node = "/dev/bus/usb/001/" + devnum_text;
-  impl_->sys_path = "/devices/pci0000:00/0000:00:14.0/usb1/1-" + std::to_string(impl_->port);
+  const int port = impl_->port, devnum = port + 1;  // the root hub is 1
+  char node[32];
+  std::snprintf(node, sizeof node, "/dev/bus/usb/001/%03d", devnum);
+  impl_->dev_node = node;
+  impl_->sys_path = "/devices/pci0000:00/0000:00:14.0/usb1/1-" + std::to_string(port);
   const std::string desc = hex(descriptors(vendor, product, kind, !serial.empty()));
-  std::snprintf(text, sizeof text, "%04x/%04x/100\nA: idVendor=%04x\nA: idProduct=%04x", vendor,
-                product, vendor, product);
-  const std::string ids = text;  // PRODUCT's value, then the id attributes
-  const std::string num = std::to_string(devnum);
-  std::string record =
-      "P: " + impl_->sys_path + "\nN: " + impl_->dev_node.substr(5) + "=" + desc +
-      "\nE: DEVNAME=" + impl_->dev_node +
-      "\nE: DEVTYPE=usb_device\nE: DRIVER=usb\nE: BUSNUM=001\nE: DEVNUM=" + devnum_text +
-      "\nE: MAJOR=189\nE: MINOR=" + num +
-      "\nE: SUBSYSTEM=usb\nA: bConfigurationValue=1\nA: bNumConfigurations=1\nA: busnum=1" +
-      "\nA: devnum=" + num + "\nA: devpath=" + std::to_string(impl_->port) +
-      "\nA: speed=12\nE: PRODUCT=" + ids;
-  if (!serial.empty()) record += "\nA: serial=" + serial;
-  record += "\nH: descriptors=" + desc + "\n";
+  const std::string serial_line = serial.empty() ? "" : "A: serial=" + serial + "\n";
+  std::vector<char> record(2048);
+  std::snprintf(record.data(), record.size(),
+                "P: %s\nN: %s=%s\nE: DEVNAME=%s\nE: DEVTYPE=usb_device\nE: DRIVER=usb\n"
+                "E: BUSNUM=001\nE: DEVNUM=%03d\nE: MAJOR=189\nE: MINOR=%d\nE: SUBSYSTEM=usb\n"
+                "E: PRODUCT=%04x/%04x/100\nA: idVendor=%04x\nA: idProduct=%04x\n"
+                "A: bConfigurationValue=1\nA: bNumConfigurations=1\nA: busnum=1\nA: devnum=%d\n"
+                "A: devpath=%d\nA: speed=12\n%sH: descriptors=%s\n",
+                impl_->sys_path.c_str(), node + 5, desc.c_str(), node, devnum, devnum, vendor,
+                product, vendor, product, devnum, port, serial_line.c_str(), desc.c_str());
   GError* error = nullptr;
   const auto fail = [&error](const std::string& what) {
     const std::string message = error ? error->message : "?";
     g_clear_error(&error);
     throw std::runtime_error(what + message);
   };
-  if (!umockdev_testbed_add_from_string(impl_->testbed, record.c_str(), &error)) {
+  if (!umockdev_testbed_add_from_string(impl_->testbed, record.data(), &error)) {
     shared_bus().leave(impl_->port);
     fail("umockdev refused the device: ");
   }
@@ -482,13 +455,11 @@ int EmulatedUnit::bus_address() const {
   return impl_->port + 1;
 }
 
-bool drop_to_nobody() {
-  if (geteuid() != 0) return false;
-  return seteuid(65534) == 0;
-}
-
-void restore_root() {
-  if (seteuid(0) != 0) std::perror("seteuid");
+bool as_unprivileged(const std::function<bool()>& fn) {
+  const bool dropped = geteuid() == 0 && seteuid(65534) == 0;
+  const bool result = fn();
+  if (dropped && seteuid(0) != 0) std::perror("seteuid");
+  return result;
 }
 
 }  // namespace zenta::testing

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -50,7 +51,7 @@ struct Faults {
 struct Seen {
   int halts_cleared = 0;
   std::size_t replies_waiting = 0;
-  // When the unit received its first and its last packet.
+  // When the unit received its first packet since its trace was cleared, and its last.
   std::chrono::steady_clock::time_point first_packet, last_packet;
 };
 
@@ -90,21 +91,6 @@ constexpr int kTimeoutMs = 150;
 
 // Runs fn with the effective user "nobody" when the process is root, so
 // that file permissions apply; plainly otherwise.
-template <typename Fn>
-auto as_unprivileged(Fn fn) -> decltype(fn());
-bool drop_to_nobody();
-void restore_root();
-
-template <typename Fn>
-auto as_unprivileged(Fn fn) -> decltype(fn()) {
-  const bool dropped = drop_to_nobody();
-  struct Restore {
-    bool dropped;
-    ~Restore() {
-      if (dropped) restore_root();
-    }
-  } restore{dropped};
-  return fn();
-}
+bool as_unprivileged(const std::function<bool()>& fn);
 
 }  // namespace zenta::testing
